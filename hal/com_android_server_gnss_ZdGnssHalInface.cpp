@@ -1,0 +1,361 @@
+// Vendor GNSS HAL extension: finds the vendor IZDGnss service, hands it to the provider
+// as its standard IGnss handles, fetches the extension interfaces, and carries the SUPL
+// address, SUPL DNS and network-initiated message traffic. Also the start-up entry of
+// the fusion-daemon link.
+
+#include <log/log.h>
+#include <vendor/zendra/hardware/gnss/1.0/IZDAGnssRil.h>
+#include <vendor/zendra/hardware/gnss/1.0/IZDAGpsSuplFqdn.h>
+#include <vendor/zendra/hardware/gnss/1.0/IZDGnss.h>
+#include <vendor/zendra/hardware/gnss/2.0/IZDAGnssRil.h>
+#include <vendor/zendra/hardware/gnss/2.0/IZDGnss.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <mutex>
+#include <utility>
+
+#include "ZdGnssHalInface.h"
+#include "zdgnssprovider.h"
+
+using android::sp;
+using android::hardware::hidl_string;
+using android::hardware::hidl_vec;
+using android::hardware::Return;
+using android::hardware::Void;
+
+using IGnssConfiguration_V1_0 = android::hardware::gnss::V1_0::IGnssConfiguration;
+using IGnssConfiguration_V1_1 = android::hardware::gnss::V1_1::IGnssConfiguration;
+using IAGnssRil_V1_0 = android::hardware::gnss::V1_0::IAGnssRil;
+using IAGnssRil_V2_0 = android::hardware::gnss::V2_0::IAGnssRil;
+using android::hardware::gnss::V1_0::IGnssNi;
+using IZDGnss_V1_0 = vendor::zendra::hardware::gnss::V1_0::IZDGnss;
+using IZDGnss_V2_0 = vendor::zendra::hardware::gnss::V2_0::IZDGnss;
+using IZDAGnssRil_V1_0 = vendor::zendra::hardware::gnss::V1_0::IZDAGnssRil;
+using IZDAGnssRil_V2_0 = vendor::zendra::hardware::gnss::V2_0::IZDAGnssRil;
+using vendor::zendra::hardware::gnss::V1_0::IZDAGpsSuplFqdn;
+using vendor::zendra::hardware::gnss::V1_0::IZDAGpsSuplFqdnCallback;
+
+namespace {
+
+constexpr const char* kTag = "ZdGnssLocationProviderJNI";
+
+constexpr int32_t kHalVersionNone = 0;
+constexpr int32_t kHalVersion1_0 = 1;
+constexpr int32_t kHalVersion2_0 = 4;
+
+// The HAL's HIDL version code that offers the 1.1 configuration interface.
+constexpr uint16_t kHidlVersionWithConfiguration1_1 = 2;
+
+// Guards the handles below against a hwbinder thread reading one while the provider
+// thread replaces it. Held only to copy, test or swap a handle, never across a call.
+std::mutex g_handleMutex;
+
+}  // namespace
+
+sp<IZDGnss_V1_0> g_gnssHalZd;
+sp<IZDGnss_V2_0> g_gnssHalZdV2_0;
+sp<IZDAGpsSuplFqdn> g_suplFqdnIface;
+sp<IZDAGpsSuplFqdnCallback> g_suplFqdnCallback;
+sp<IZDAGnssRil_V1_0> g_agnssRilZdIface;
+sp<IZDAGnssRil_V2_0> g_agnssRilZdIface_V2_0;
+int32_t g_halVersion = kHalVersionNone;
+
+namespace {
+
+template <class T>
+sp<T> load(const sp<T>& handle) {
+    std::lock_guard<std::mutex> lock(g_handleMutex);
+    return handle;
+}
+
+template <class T>
+bool isSet(const sp<T>& handle) {
+    std::lock_guard<std::mutex> lock(g_handleMutex);
+    return handle != nullptr;
+}
+
+// The old object is released after the lock is dropped: its destructor may run
+// arbitrary code.
+template <class T>
+void store(sp<T>& handle, sp<T> value) {
+    std::unique_lock<std::mutex> lock(g_handleMutex);
+    sp<T> old = std::move(handle);
+    handle = std::move(value);
+    lock.unlock();
+}
+
+int16_t hidlVersionOf(const Return<uint16_t>& version) {
+    return static_cast<int16_t>(version.withDefault(0));
+}
+
+// ---- Vendor HAL acquisition ----
+
+void handOutV2_0(const sp<IZDGnss_V2_0>& hal, sp<android::hardware::gnss::V1_0::IGnss>* gnssHal,
+                 sp<android::hardware::gnss::V1_1::IGnss>* gnssHal_V1_1,
+                 sp<android::hardware::gnss::V2_0::IGnss>* gnssHal_V2_0) {
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: Get IZDGnss V2_0 successful!", kTag);
+    if (gnssHal == nullptr || gnssHal_V1_1 == nullptr || gnssHal_V2_0 == nullptr) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
+                            "%s: gnssHal or gnssHal_V1_1 or gnssHal_V2_0 is null", kTag);
+        return;
+    }
+    *gnssHal_V2_0 = hal;
+    *gnssHal_V1_1 = hal;
+    *gnssHal = hal;
+    g_halVersion = kHalVersion2_0;
+}
+
+void handOutV1_0(const sp<IZDGnss_V1_0>& hal, sp<android::hardware::gnss::V1_0::IGnss>* gnssHal,
+                 sp<android::hardware::gnss::V1_1::IGnss>* gnssHal_V1_1) {
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
+                        "%s: IZDGNSS V2_0 is null , Get IZDGnss V1_0 successful!", kTag);
+    if (gnssHal == nullptr || gnssHal_V1_1 == nullptr) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: gnssHal or gnssHal_V1_1 is null", kTag);
+        return;
+    }
+    *gnssHal_V1_1 = hal;
+    *gnssHal = hal;
+    g_halVersion = kHalVersion1_0;
+}
+
+// ---- Feature extensions ----
+
+void registerSuplFqdnCallback(const sp<IZDAGpsSuplFqdn>& suplFqdn) {
+    if (!isSet(g_suplFqdnCallback)) {
+        store(g_suplFqdnCallback, sp<IZDAGpsSuplFqdnCallback>(new AGpsSuplFqdnCallback()));
+    }
+    if (!suplFqdn->setCallback(load(g_suplFqdnCallback)).isOk()) {
+        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: register AGpsSuplFqdnCallback fail",
+                            kTag);
+    }
+}
+
+// A transport failure counts as an absent interface.
+template <class ZdGnss>
+void setUpSuplFqdn(const sp<ZdGnss>& hal) {
+    store(g_suplFqdnIface, hal->getExtensionZdSuplFqdn().withDefault(nullptr));
+    sp<IZDAGpsSuplFqdn> suplFqdn = load(g_suplFqdnIface);
+    if (suplFqdn == nullptr) {
+        __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "%s: Unable to get a handle to SPUL FQDN",
+                            kTag);
+        return;
+    }
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get g_suplFqdnIface successful.", kTag);
+    registerSuplFqdnCallback(suplFqdn);
+}
+
+void fetchAGnssRilV1_0(const sp<IZDGnss_V1_0>& hal, sp<IAGnssRil_V1_0>* agnssRilIface) {
+    Return<sp<IZDAGnssRil_V1_0>> result = hal->getExtensionZdAGnssRil();
+    if (!result.isOk()) {
+        __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "%s: Unable to get a handle to IZDAGnssRil",
+                            kTag);
+        return;
+    }
+    sp<IZDAGnssRil_V1_0> ril = result;
+    store(g_agnssRilZdIface, ril);
+    if (agnssRilIface == nullptr) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
+                            "%s: get IZDAGnssRil fail and agnssRilIface is null", kTag);
+        return;
+    }
+    *agnssRilIface = ril;
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get IZDAGnssRil successful", kTag);
+}
+
+void fetchConfigurationV1_1(const sp<IZDGnss_V1_0>& hal,
+                            sp<IGnssConfiguration_V1_0>* gnssConfigurationIface_V1_0,
+                            sp<IGnssConfiguration_V1_1>* gnssConfigurationIface_V1_1) {
+    Return<sp<IGnssConfiguration_V1_1>> result = hal->getExtensionGnssConfiguration_1_1();
+    if (!result.isOk()) {
+        __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG,
+                            "Unable to get a handle to GnssConfigurationV1_1");
+        return;
+    }
+    if (gnssConfigurationIface_V1_0 == nullptr || gnssConfigurationIface_V1_1 == nullptr) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
+                            "%s: gnssConfigurationIface V1_0 or V1_1 is null", kTag);
+        return;
+    }
+    sp<IGnssConfiguration_V1_1> configuration = result;
+    *gnssConfigurationIface_V1_1 = configuration;
+    *gnssConfigurationIface_V1_0 = configuration;
+}
+
+void fetchConfigurationV1_0(const sp<IZDGnss_V1_0>& hal,
+                            sp<IGnssConfiguration_V1_0>* gnssConfigurationIface_V1_0) {
+    Return<sp<IGnssConfiguration_V1_0>> result = hal->getExtensionGnssConfiguration();
+    if (!result.isOk()) {
+        __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG,
+                            "Unable to get a handle to GnssConfiguration");
+        return;
+    }
+    if (gnssConfigurationIface_V1_0 == nullptr) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: gnssConfigurationIface_V1_0 is null",
+                            kTag);
+        return;
+    }
+    sp<IGnssConfiguration_V1_0> configuration = result;
+    *gnssConfigurationIface_V1_0 = configuration;
+}
+
+void fetchAGnssRilV2_0(const sp<IZDGnss_V2_0>& hal, sp<IAGnssRil_V1_0>* agnssRilIface,
+                       sp<IAGnssRil_V2_0>* agnssRilIface_V2_0) {
+    Return<sp<IZDAGnssRil_V2_0>> result = hal->getExtensionZdAGnssRil_2_0();
+    if (!result.isOk()) {
+        return;
+    }
+    sp<IZDAGnssRil_V2_0> ril = result;
+    store(g_agnssRilZdIface_V2_0, ril);
+    if (agnssRilIface == nullptr || agnssRilIface_V2_0 == nullptr) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
+                            "%s: agnssRilIface or agnssRilIface_V2_0 is null", kTag);
+        return;
+    }
+    *agnssRilIface_V2_0 = ril;
+    *agnssRilIface = ril;
+}
+
+void fetchGnssNi(const sp<IZDGnss_V2_0>& hal, sp<IGnssNi>* gnssNiIface) {
+    Return<sp<IGnssNi>> result = hal->getExtensionZdGnssNi();
+    if (!result.isOk()) {
+        __android_log_print(ANDROID_LOG_WARN, LOG_TAG, "%s: Unable to get a handle to ZdGnssNi.",
+                            kTag);
+        return;
+    }
+    __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "%s: get ZdGnssNi success.", kTag);
+    if (gnssNiIface == nullptr) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: gnssNiIface is null.", kTag);
+        return;
+    }
+    sp<IGnssNi> gnssNi = result;
+    *gnssNiIface = gnssNi;
+}
+
+// ---- Network-initiated messages ----
+
+// Returns false only when the chosen RIL extension failed in transport; having no RIL
+// extension at all is not a failure.
+bool deliverNiMessage(const hidl_vec<uint8_t>& message, int32_t len) {
+    if (sp<IZDAGnssRil_V2_0> ril = load(g_agnssRilZdIface_V2_0); ril != nullptr) {
+        return ril->sendNiMessage(message, len).isOk();
+    }
+    if (sp<IZDAGnssRil_V1_0> ril = load(g_agnssRilZdIface); ril != nullptr) {
+        return ril->sendNiMessage(message, len).isOk();
+    }
+    return true;
+}
+
+}  // namespace
+
+void fusionD_init() {
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: fusionD init", kTag);
+    fd_init();
+}
+
+// Version 2.0 is looked up first on every call; the version code changes only when the
+// handles were actually handed out.
+void getZdGnssService(sp<android::hardware::gnss::V1_0::IGnss>* gnssHal,
+                      sp<android::hardware::gnss::V1_1::IGnss>* gnssHal_V1_1,
+                      sp<android::hardware::gnss::V2_0::IGnss>* gnssHal_V2_0) {
+    store(g_gnssHalZdV2_0, IZDGnss_V2_0::getService("default", false));
+    if (sp<IZDGnss_V2_0> hal = load(g_gnssHalZdV2_0); hal != nullptr) {
+        handOutV2_0(hal, gnssHal, gnssHal_V1_1, gnssHal_V2_0);
+        return;
+    }
+    store(g_gnssHalZd, IZDGnss_V1_0::getService("default", false));
+    if (sp<IZDGnss_V1_0> hal = load(g_gnssHalZd); hal != nullptr) {
+        handOutV1_0(hal, gnssHal, gnssHal_V1_1);
+    }
+}
+
+// A transport failure reads as 0, the same as having no vendor HAL.
+int16_t getHidlVersion() {
+    if (sp<IZDGnss_V2_0> hal = load(g_gnssHalZdV2_0); hal != nullptr) {
+        return hidlVersionOf(hal->getHalHidlVersion());
+    }
+    if (sp<IZDGnss_V1_0> hal = load(g_gnssHalZd); hal != nullptr) {
+        return hidlVersionOf(hal->getHalHidlVersion());
+    }
+    return 0;
+}
+
+int checkHalVersion() {
+    return g_halVersion;
+}
+
+void getZdFeatureExtension(sp<IAGnssRil_V1_0>* agnssRilIface,
+                           sp<IGnssConfiguration_V1_0>* gnssConfigurationIface_V1_0,
+                           sp<IGnssConfiguration_V1_1>* gnssConfigurationIface_V1_1) {
+    if (isSet(g_gnssHalZdV2_0)) {
+        return;
+    }
+    sp<IZDGnss_V1_0> hal = load(g_gnssHalZd);
+    if (hal == nullptr) {
+        return;
+    }
+    setUpSuplFqdn(hal);
+    fetchAGnssRilV1_0(hal, agnssRilIface);
+    if (static_cast<uint16_t>(getHidlVersion()) == kHidlVersionWithConfiguration1_1) {
+        fetchConfigurationV1_1(hal, gnssConfigurationIface_V1_0, gnssConfigurationIface_V1_1);
+    } else {
+        fetchConfigurationV1_0(hal, gnssConfigurationIface_V1_0);
+    }
+}
+
+void getZdFeatureExtensionV2_0(sp<IAGnssRil_V1_0>* agnssRilIface,
+                               sp<IAGnssRil_V2_0>* agnssRilIface_V2_0, sp<IGnssNi>* gnssNiIface) {
+    sp<IZDGnss_V2_0> hal = load(g_gnssHalZdV2_0);
+    if (hal == nullptr) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: g_gnssHalZdV2_0 is null.", kTag);
+        return;
+    }
+    setUpSuplFqdn(hal);
+    fetchAGnssRilV2_0(hal, agnssRilIface, agnssRilIface_V2_0);
+    fetchGnssNi(hal, gnssNiIface);
+}
+
+// Runs on a hwbinder thread. Requests are served only while a vendor HAL is connected.
+Return<void> AGpsSuplFqdnCallback::AgpsRequestSuplDns(const hidl_string& fqdn) {
+    if (isSet(g_gnssHalZd) || isSet(g_gnssHalZdV2_0)) {
+        send_Agps_Supl_Request(fqdn);
+    }
+    return Void();
+}
+
+void set_supl_host_ip(const char* addr) {
+    // Without any vendor HAL the platform's GNSS HAL has no SUPL FQDN extension at all.
+    if (!isSet(g_gnssHalZd) && !isSet(g_gnssHalZdV2_0)) {
+        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
+                            "%s: qcom platform: invalid flow --set_supl_host_ip", kTag);
+        return;
+    }
+    sp<IZDAGpsSuplFqdn> suplFqdn = load(g_suplFqdnIface);
+    if (suplFqdn == nullptr) {
+        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
+                            "%s: no suplFqdn interface in set_supl_host_ip", kTag);
+        return;
+    }
+    __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: set_supl_host_ip addr: %s", kTag, addr);
+    if (!suplFqdn->setSuplHostIp(hidl_string(addr)).isOk()) {
+        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: Failed to set_supl_host_ip", kTag);
+    }
+}
+
+void send_ni_message(const uint8_t* msg, int32_t len) {
+    if (len < 0) {
+        return;
+    }
+    hidl_vec<uint8_t> message(static_cast<size_t>(len));
+    if (len > 0) {
+        std::copy_n(msg, len, message.data());
+    } else {
+        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: ni_message is null", kTag);
+    }
+    __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: send_ni_message begin", kTag);
+    if (!deliverNiMessage(message, len)) {
+        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: Gnss NI Failed to send ni_message",
+                            kTag);
+    }
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: send_ni_message finished", kTag);
+}

@@ -1,0 +1,108 @@
+// GNSS locations and run start/stop commands for the location engine, and the
+// feed timing state that decides whether the provider reports a fix itself or
+// leaves the position to the fused stream.
+#include <log/log.h>
+
+#include "module_state.h"
+
+using android::sp;
+
+namespace {
+
+constexpr int64_t kFusedFreshnessMs = 3000;
+constexpr int32_t kDefaultReportingIntervalMs = 1000;
+
+using CommandType = fusd_v1_2::GnssCommandType;
+
+void resetTimingOncePerRun() {
+    if (tarviParamReset) return;
+    lastSentLocUpdateTime = 0;
+    lastFusdLocUpdateTime = 0;
+    fusdGnssMinReportingInterval = kDefaultReportingIntervalMs;
+    tarviParamReset = true;
+}
+
+// Sends a start or stop command; the caller has checked the daemon handle.
+bool sendCommand(const sp<fusd_v1_3::IFusdLbs>& daemon, CommandType type, bool start) {
+    return daemon->sendGnssStartCmd(type, start).isOk();
+}
+
+void logCommand(bool sent, const char* failText, const char* okText) {
+    if (sent) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG, okText, kLogPrefix);
+    } else {
+        __android_log_print(ANDROID_LOG_WARN, LOG_TAG, failText, kLogPrefix);
+    }
+}
+
+// The provider reports this fix itself: record it as the last delivered one.
+bool reportedByProvider(int64_t timestamp) {
+    lastSentLocUpdateTime = timestamp;
+    return false;
+}
+
+}  // namespace
+
+bool sendLocationDataToTarvi(const gnss_v1_0::GnssLocation& location) {
+    sp<fusd_v1_2::IFusdGnssInterface> engine = loadHandle(g_fusdGnssIface);
+    if (engine == nullptr) return reportedByProvider(location.timestamp);
+    if (!engine->sendLocationData(location).isOk()) {
+        __android_log_print(ANDROID_LOG_WARN, LOG_TAG,
+                            "%s: [LocMgr] Debug: send GPS update to TARVI fail", kLogPrefix);
+        return reportedByProvider(location.timestamp);
+    }
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: [LocMgr] Debug: Sending GPS update to TARVI",
+                        kLogPrefix);
+    int64_t dt = absDiffMs(location.timestamp, lastFusdLocUpdateTime);
+    if (dt > kFusedFreshnessMs) {
+        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
+                            "%s: [LocMgr] Reverting to GPS based position dt: %lli time: %lli",
+                            kLogPrefix, static_cast<long long>(dt),
+                            static_cast<long long>(location.timestamp));
+        return reportedByProvider(location.timestamp);
+    }
+    return true;
+}
+
+bool sendLocationDataToTarvi(const gnss_v2_0::GnssLocation& location) {
+    return sendLocationDataToTarvi(location.v1_0);
+}
+
+void send_gnss_start_cmd_to_tarvi(bool start) {
+    sp<fusd_v1_3::IFusdLbs> daemon = loadHandle(g_fusdLbsIface);
+    if (daemon == nullptr) return;
+    if (start) {
+        resetTimingOncePerRun();
+        logCommand(sendCommand(daemon, CommandType::GPS, true),
+                   "%s: [LocMgr] Debug: send GPS start to TARVI fail",
+                   "%s: [LocMgr] Debug: Sending GPS start to TARVI");
+        return;
+    }
+    bool sent = sendCommand(daemon, CommandType::GPS, false);
+    tarviParamReset = false;
+    logCommand(sent, "%s: [LocMgr] Debug: send GPS stop to TARVI fail",
+               "%s: [LocMgr] Debug: Sending GPS stop to TARVI");
+}
+
+void send_quick_ttff_start_cmd_to_tarvi(bool start) {
+    sp<fusd_v1_3::IFusdLbs> daemon = loadHandle(g_fusdLbsIface);
+    if (daemon == nullptr) return;
+    if (start) {
+        resetTimingOncePerRun();
+        logCommand(sendCommand(daemon, CommandType::QUICK_TTFF, true),
+                   "%s: [LocMgr] Debug: send Quick TTFF start to TARVI fail",
+                   "%s: [LocMgr] Debug: Sending Quick TTFF start to TARVI");
+        return;
+    }
+    logCommand(sendCommand(daemon, CommandType::QUICK_TTFF, false),
+               "%s: [LocMgr] Debug: send Quick TTFF stop to TARVI fail",
+               "%s: [LocMgr] Debug: Sending Quick TTFF stop to TARVI");
+}
+
+void reset_tarvi_param() {
+    resetTimingOncePerRun();
+}
+
+void setFusdGnssMinReportingInterval(int intervalMs) {
+    fusdGnssMinReportingInterval = intervalMs;
+}

@@ -1,0 +1,210 @@
+// Pads a thin satellite list: while fewer than four GPS satellites are used in
+// the fix, five fixed GPS entries marked as used are added to the stored report
+// and the list is reported to the framework by the library itself.
+#include <log/log.h>
+
+#include "module_state.h"
+
+using android::sp;
+using android::hardware::hidl_vec;
+
+namespace {
+
+using SvInfo1 = gnss_v1_0::IGnssCallback::GnssSvInfo;
+using SvInfo2 = gnss_v2_0::IGnssCallback::GnssSvInfo;
+using SvStatus1 = gnss_v1_0::IGnssCallback::GnssSvStatus;
+using SvFlags = gnss_v1_0::IGnssCallback::GnssSvFlags;
+
+constexpr size_t kSvCapacity = static_cast<size_t>(gnss_v1_0::GnssMax::SVS_COUNT);
+constexpr uint32_t kMinUsedGps = 4;
+constexpr size_t kFakeCount = 5;
+constexpr size_t kLastFreeBlock = 59;  // 1.0 store: the fake block starts here when nearly full
+constexpr size_t kList2Bound = 60;     // 2.0 list: no fakes from this size on
+
+struct FakeSv {
+    int16_t svid;
+    float cN0Dbhz;
+};
+constexpr FakeSv kFakeSvs[kFakeCount] = {{4, 6.0f}, {7, 15.0f}, {1, 2.0f}, {11, 10.0f}, {17, 5.0f}};
+
+SvInfo1 fakeEntry1(size_t i) {
+    SvInfo1 sv{};
+    sv.svid = kFakeSvs[i].svid;
+    sv.constellation = gnss_v1_0::GnssConstellationType::GPS;
+    sv.cN0Dbhz = kFakeSvs[i].cN0Dbhz;
+    sv.elevationDegrees = 60.0f;
+    sv.azimuthDegrees = 90.0f;
+    sv.carrierFrequencyHz = 0.0f;
+    sv.svFlag = static_cast<uint8_t>(SvFlags::USED_IN_FIX);
+    return sv;
+}
+
+SvInfo2 fakeEntry2(size_t i) {
+    SvInfo2 sv{};
+    sv.v1_0 = fakeEntry1(i);
+    sv.constellation = gnss_v2_0::GnssConstellationType::GPS;
+    return sv;
+}
+
+bool usedInFix(uint8_t svFlag) {
+    return (svFlag & static_cast<uint8_t>(SvFlags::USED_IN_FIX)) != 0;
+}
+
+uint32_t usedGpsCount(const SvStatus1& status, size_t entries) {
+    uint32_t count = 0;
+    for (size_t i = 0; i < entries; ++i) {
+        const SvInfo1& sv = status.gnssSvList[i];
+        if (sv.constellation == gnss_v1_0::GnssConstellationType::GPS && usedInFix(sv.svFlag)) {
+            ++count;
+        }
+    }
+    return count;
+}
+
+uint32_t usedGpsCount(const std::vector<SvInfo2>& list) {
+    uint32_t count = 0;
+    for (const SvInfo2& sv : list) {
+        if (sv.constellation == gnss_v2_0::GnssConstellationType::GPS && usedInFix(sv.v1_0.svFlag)) {
+            ++count;
+        }
+    }
+    return count;
+}
+
+// 1.0 store: append after n entries, or, when fewer than five slots remain,
+// fill the last five slots (fake i at 59 + ((n - 60 - i) mod 5)).
+void addFakes1(SvStatus1& status, size_t n) {
+    if (n <= kLastFreeBlock) {
+        for (size_t i = 0; i < kFakeCount; ++i) status.gnssSvList[n + i] = fakeEntry1(i);
+        status.numSvs = static_cast<uint32_t>(n + kFakeCount);
+        return;
+    }
+    for (size_t i = 0; i < kFakeCount; ++i) {
+        long offset = (static_cast<long>(n) - 60 - static_cast<long>(i)) % 5;
+        if (offset < 0) offset += 5;
+        status.gnssSvList[kLastFreeBlock + offset] = fakeEntry1(i);
+    }
+    status.numSvs = static_cast<uint32_t>(kSvCapacity);
+}
+
+void logIncrease(uint32_t count) {
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: the USED GPS SV Count is %d", kLogPrefix,
+                        static_cast<int>(count));
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: start increase sv", kLogPrefix);
+}
+
+void logNoIncrease() {
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
+                        "%s: location is from Tarvi,but doesn't increase sv ", kLogPrefix);
+}
+
+void logIncreaseFinished() {
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: increase sv finished", kLogPrefix);
+}
+
+SvStatus1 copyStore1() {
+    std::lock_guard<std::mutex> lock(svStoreLock());
+    return g_svStatus;
+}
+
+std::vector<SvInfo2> copyStore2() {
+    std::lock_guard<std::mutex> lock(svStoreLock());
+    return g_svInfoList;
+}
+
+}  // namespace
+
+void reportAddSvList(const SvStatus1& status) {
+    sp<gnss_v2_0::IGnssCallback> framework = loadHandle(g_gnssCbIface);
+    if (framework == nullptr) return;
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: begin to report false sv .", kLogPrefix);
+    reportZdSvFlag = true;
+    framework->gnssSvStatusCb(status).isOk();
+}
+
+void ReportAddSvList(std::vector<SvInfo2> svInfoList) {
+    sp<gnss_v2_0::IGnssCallback> framework = loadHandle(g_gnssCbIface);
+    if (framework == nullptr) return;
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: begin to report false sv .", kLogPrefix);
+    reportZdSvFlag = true;
+    hidl_vec<SvInfo2> list(svInfoList);
+    framework->gnssSvStatusCb_2_0(list).isOk();
+}
+
+void addSvList(const gnss_v1_0::GnssLocation& location) {
+    __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "%s: location 1.0 flag is %d", kLogPrefix,
+                        static_cast<int>(location.gnssLocationFlags));
+    if (qttffFlag) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
+                            "%s: location from qttff, so don't do sv_add.", kLogPrefix);
+        return;
+    }
+    locationFlag = true;
+    SvStatus1 status = copyStore1();
+    // A numSvs above the record's 64 entries is taken as a full record.
+    size_t n = status.numSvs < kSvCapacity ? status.numSvs : kSvCapacity;
+    uint32_t count = usedGpsCount(status, n);
+    if (count >= kMinUsedGps) {
+        if (svIncreaseFlag) {
+            logNoIncrease();
+            reportAddSvList(status);
+        }
+        svIncreaseFlag = false;
+        return;
+    }
+    svIncreaseFlag = true;
+    logIncrease(count);
+    addFakes1(status, n);
+    {
+        std::lock_guard<std::mutex> lock(svStoreLock());
+        g_svStatus = status;
+    }
+    reportAddSvList(status);
+    logIncreaseFinished();
+}
+
+void addSvList(const gnss_v2_0::GnssLocation& location) {
+    __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "%s: location 2.0 flag is %d", kLogPrefix,
+                        static_cast<int>(location.v1_0.gnssLocationFlags));
+    if (qttffFlag) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
+                            "%s: location from qttff ,so don't do sv_add.", kLogPrefix);
+        return;
+    }
+    locationFlag = true;
+    std::vector<SvInfo2> list = copyStore2();
+    uint32_t count = usedGpsCount(list);
+    if (count >= kMinUsedGps) {
+        if (svIncreaseFlag) {
+            logNoIncrease();
+            ReportAddSvList(std::move(list));
+        }
+        svIncreaseFlag = false;
+        return;
+    }
+    svIncreaseFlag = true;
+    logIncrease(count);
+    if (list.size() >= kList2Bound) {
+        __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG,
+                            "%s: sv number > 58, no need add fake satellites", kLogPrefix);
+    } else {
+        std::lock_guard<std::mutex> lock(svStoreLock());
+        for (size_t i = 0; i < kFakeCount; ++i) g_svInfoList.push_back(fakeEntry2(i));
+        list = g_svInfoList;
+    }
+    ReportAddSvList(std::move(list));
+    logIncreaseFinished();
+}
+
+bool isNeedSvIncrease() {
+    return svIncreaseFlag && locationFlag;
+}
+
+bool isReportZdSv() {
+    return reportZdSvFlag;
+}
+
+void resetLocationFlag() {
+    reportZdSvFlag = false;
+    locationFlag = false;
+}
