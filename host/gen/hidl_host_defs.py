@@ -12,10 +12,10 @@ IBASE = "android.hidl.base@1.0::IBase"
 
 
 class Roots:
-    def __init__(self, specs):
+    def __init__(self, root_args):
         self.roots = []
-        for spec in specs:
-            prefix, path = spec.split(":", 1)
+        for root_arg in root_args:
+            prefix, path = root_arg.split(":", 1)
             self.roots.append((prefix, path))
 
     def package_dir(self, package_at_version):
