@@ -81,10 +81,10 @@ def header_of(fq_name):
     return "/".join(package.split(".") + [version, name + ".h"])
 
 
-def ibase_methods(cls):
+def ibase_methods(cls, chain_var):
     return """
 ::android::hardware::Return<void> {c}::interfaceChain(interfaceChain_cb _hidl_cb) {{
-    _hidl_cb(::zdhost::toHidlStrings(kChain));
+    _hidl_cb(::zdhost::toHidlStrings({k}));
     return ::android::hardware::Void();
 }}
 
@@ -99,7 +99,7 @@ def ibase_methods(cls):
 }}
 
 ::android::hardware::Return<void> {c}::getHashChain(getHashChain_cb _hidl_cb) {{
-    _hidl_cb(::zdhost::emptyHashChain(kChain.size()));
+    _hidl_cb(::zdhost::emptyHashChain({k}.size()));
     return ::android::hardware::Void();
 }}
 
@@ -129,10 +129,10 @@ def ibase_methods(cls):
         const ::android::sp<::android::hardware::hidl_death_recipient>& recipient) {{
     return recipient != nullptr;
 }}
-""".format(c=cls)
+""".format(c=cls, k=chain_var)
 
 
-def service_methods(cls, short):
+def service_methods(cls):
     return """
 ::android::sp<{c}> {c}::tryGetService(const std::string& serviceName, bool) {{
     return ::zdhost::lookupService<{c}>(descriptor, serviceName, true);
@@ -152,7 +152,7 @@ bool {c}::registerForNotifications(const std::string& serviceName,
     return ::zdhost::ServiceManager::get().registerForNotifications(descriptor, serviceName,
                                                                    notification);
 }}
-""".format(c=cls, s=short)
+""".format(c=cls)
 
 
 def cast_methods(cls, chain):
@@ -170,18 +170,15 @@ def cast_methods(cls, chain):
 def definitions(roots, fq_name):
     chain = chain_of(roots, fq_name)
     cls = cpp_name(fq_name)
+    chain_var = "kChain_" + fq_name_token(fq_name)
     chain_text = ",\n    ".join('"%s"' % d for d in chain)
-    body = ["\n// ---- %s\n" % fq_name,
-            "const char* %s::descriptor(\"%s\");\n" % (cls, fq_name),
-            "namespace {\nconst std::vector<std::string> kChain = {\n    %s,\n};\n}  // namespace\n"
-            % chain_text]
-    # Each interface gets its own anonymous kChain through a dedicated scope.
-    body[2] = body[2].replace("kChain", "kChain_" + fq_name_token(fq_name))
-    methods = ibase_methods(cls) + cast_methods(cls, chain)
+    out = "\n// ---- %s\n" % fq_name
+    out += "const char* %s::descriptor(\"%s\");\n" % (cls, fq_name)
+    out += "static const std::vector<std::string> %s = {\n    %s,\n};\n" % (chain_var, chain_text)
+    out += ibase_methods(cls, chain_var) + cast_methods(cls, chain)
     if fq_name != IBASE:
-        methods += service_methods(cls, fq_name.split("::")[1])
-    body.append(methods.replace("kChain", "kChain_" + fq_name_token(fq_name)))
-    return "".join(body)
+        out += service_methods(cls)
+    return out
 
 
 def fq_name_token(fq_name):
