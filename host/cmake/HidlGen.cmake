@@ -21,9 +21,14 @@ function(zd_hidl_package fqpackage directory)
   endforeach()
   string(MAKE_C_IDENTIFIER ${fqpackage} id)
   set(defs ${ZD_HIDL_GEN_DIR}/defs/${id}.cpp)
+  # hidl-gen 10 writes its enum-value tables as `template<> constexpr` explicit
+  # specializations in headers. GCC folds the copies that several translation
+  # units emit; clang emits each as a strong symbol, so they are marked inline.
   add_custom_command(
     OUTPUT ${headers}
     COMMAND ${HIDL_GEN} -o ${ZD_HIDL_INCLUDE} -Lc++-headers ${ZD_HIDL_ROOTS} ${fqpackage}
+    COMMAND sed -i "s/^template<> constexpr std::array</template<> inline constexpr std::array</"
+            ${headers}
     DEPENDS ${hal_files}
     COMMENT "hidl-gen ${fqpackage}"
     VERBATIM)
