@@ -41,13 +41,15 @@ std::string fmt(const android::hardware::hidl_vec<uint8_t>& v);
 std::string fmt(const android::hardware::gnss::V1_0::GnssLocation& v);
 std::string fmt(const android::hardware::gnss::V2_0::GnssLocation& v);
 std::string fmt(const android::hardware::gnss::V1_0::IGnssCallback::GnssSvStatus& v);
-std::string fmt(const android::hardware::hidl_vec<android::hardware::gnss::V2_0::IGnssCallback::GnssSvInfo>& v);
+std::string fmt(
+    const android::hardware::hidl_vec<android::hardware::gnss::V2_0::IGnssCallback::GnssSvInfo>& v);
 std::string fmt(const std::vector<android::hardware::gnss::V2_0::IGnssCallback::GnssSvInfo>& v);
 std::string fmt(const vendor::zendra::hardware::fusd::V1_2::GeofenceRequest& v);  // its 72 bytes
-std::string fmt(const android::hardware::hidl_vec<vendor::zendra::hardware::fusd::V1_2::GeofenceResult>& v);
+std::string fmt(
+    const android::hardware::hidl_vec<vendor::zendra::hardware::fusd::V1_2::GeofenceResult>& v);
 
 // Constellations and satellite flags as the satellite entries show them: by name,
-// a number where there is none ("GPS", "7"; "USED|CARRIER", "-", "EPH|16").
+// a number where there is none ("GPS", "8"; "USED|CARRIER", "-", "EPH|16").
 std::string fmtConstellation(uint8_t v);
 std::string fmtSvFlags(uint8_t v);
 
@@ -58,9 +60,9 @@ std::string fmt(const android::hardware::hidl_array<T, N>& v);
 template <typename T>
 std::string fmt(const android::hardware::hidl_vec<T>& v);
 template <typename T>
-auto fmt(const T& v) -> decltype(appendFields(std::declval<std::vector<std::string>&>(),
-                                              std::string(), v),
-                                 std::string());
+auto fmt(const T& v)
+    -> decltype(appendFields(std::declval<std::vector<std::string>&>(), std::string(), v),
+                std::string());
 
 // Enumerations print as their integer value.
 template <typename E, typename = std::enable_if_t<std::is_enum<E>::value>>
@@ -93,9 +95,9 @@ std::string fmt(const android::hardware::hidl_array<T, N>& v) {
 // Any other HIDL record: {name=value ...}, nested fields as outer.inner=value.
 // Overloads for every generated struct come from the generated record printers.
 template <typename T>
-auto fmt(const T& v) -> decltype(appendFields(std::declval<std::vector<std::string>&>(),
-                                              std::string(), v),
-                                 std::string()) {
+auto fmt(const T& v)
+    -> decltype(appendFields(std::declval<std::vector<std::string>&>(), std::string(), v),
+                std::string()) {
     std::vector<std::string> fields;
     appendFields(fields, std::string(), v);
     std::string out = "{";
@@ -106,7 +108,7 @@ auto fmt(const T& v) -> decltype(appendFields(std::declval<std::vector<std::stri
 namespace detail {
 template <typename T>
 auto appendField(std::vector<std::string>& out, const std::string& name, const T& v, int)
-        -> decltype(appendFields(out, name, v), void()) {
+    -> decltype(appendFields(out, name, v), void()) {
     appendFields(out, name + ".", v);
 }
 template <typename T>

@@ -17,7 +17,7 @@ std::string className(const android::RefBase* object) {
     const char* mangled = typeid(*object).name();
     int status = 0;
     std::unique_ptr<char, decltype(&free)> demangled(
-            abi::__cxa_demangle(mangled, nullptr, nullptr, &status), &free);
+        abi::__cxa_demangle(mangled, nullptr, nullptr, &status), &free);
     std::string name = status == 0 ? demangled.get() : mangled;
     const size_t args = name.find('<');
     const size_t scope = name.rfind("::", args);

@@ -11,8 +11,8 @@
 
 #include <cstdint>
 #include <limits>
-#include <type_traits>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace sim {
@@ -29,17 +29,20 @@ bool parseUint64(const Token& t, uint64_t* out, std::string* error);  // also 0x
 bool parseDouble(const Token& t, double* out, std::string* error);
 bool parseFloat(const Token& t, float* out, std::string* error);  // rounded once, as strtof does
 bool parseBool(const Token& t, bool* out, std::string* error);
-bool parseLocation(const Token& t, android::hardware::gnss::V1_0::GnssLocation* out, std::string* error);
-bool parseLocation2(const Token& t, android::hardware::gnss::V2_0::GnssLocation* out, std::string* error);
+bool parseLocation(const Token& t, android::hardware::gnss::V1_0::GnssLocation* out,
+                   std::string* error);
+bool parseLocation2(const Token& t, android::hardware::gnss::V2_0::GnssLocation* out,
+                    std::string* error);
 bool parseSvStatus(const Token& t, android::hardware::gnss::V1_0::IGnssCallback::GnssSvStatus* out,
                    std::string* error);
-bool parseSvList(const Token& t,
-                 android::hardware::hidl_vec<android::hardware::gnss::V2_0::IGnssCallback::GnssSvInfo>* out,
-                 std::string* error);
+bool parseSvList(
+    const Token& t,
+    android::hardware::hidl_vec<android::hardware::gnss::V2_0::IGnssCallback::GnssSvInfo>* out,
+    std::string* error);
 bool parseGeofenceResults(
-        const Token& t,
-        android::hardware::hidl_vec<vendor::zendra::hardware::fusd::V1_2::GeofenceResult>* out,
-        std::string* error);
+    const Token& t,
+    android::hardware::hidl_vec<vendor::zendra::hardware::fusd::V1_2::GeofenceResult>* out,
+    std::string* error);
 // hex:0a0b, hex: (empty) or null (isNull set).
 bool parseBytes(const Token& t, std::vector<uint8_t>* out, bool* isNull, std::string* error);
 

@@ -27,14 +27,24 @@ def header_of(interface, include_root):
 
 
 def operations(interface, include_root):
-    """(return type, name, parameters) of every pure virtual operation, base first."""
+    """(return type, name, parameters) of every pure virtual operation, base first.
+
+    A header re-declares the operations it inherits, so each is kept once."""
+    unique = []
+    for operation in declared_operations(interface, include_root):
+        if operation not in unique:
+            unique.append(operation)
+    return unique
+
+
+def declared_operations(interface, include_root):
     with open(header_of(interface, include_root), encoding="utf-8") as f:
         text = f.read()
     short = interface.rsplit("::", 1)[-1]
     parent = next((p for name, p in PARENT_RE.findall(text) if name == short), None)
     if parent is None:
         raise SystemExit("no declaration of %s found" % interface)
-    inherited = [] if parent == BASE else operations(parent, include_root)
+    inherited = [] if parent == BASE else declared_operations(parent, include_root)
     return inherited + METHOD_RE.findall(text)
 
 

@@ -1,0 +1,80 @@
+// zdgnss-sim: runs one scenario against the library in the embedded host world and
+// prints its transcript; with --check, also holds the scenario's expectations.
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+
+#include "lexer.h"
+#include "scenario.h"
+#include "transcript.h"
+
+namespace {
+
+constexpr const char* kUsage =
+    "usage: zdgnss-sim [--check] [--quiet] FILE.scn\n"
+    "  Runs the scenario and prints its transcript.\n"
+    "  --check  also holds the expectations: exit 1 at the first that fails\n"
+    "  --quiet  print no transcript (failures and errors still print)\n"
+    "  Exit 2: the scenario does not parse, or a command of it is malformed.\n";
+
+struct Options {
+    bool check = false;
+    bool quiet = false;
+    std::string file;
+};
+
+bool parseOptions(int argc, char** argv, Options* options) {
+    for (int i = 1; i < argc; ++i) {
+        if (strcmp(argv[i], "--check") == 0) {
+            options->check = true;
+        } else if (strcmp(argv[i], "--quiet") == 0) {
+            options->quiet = true;
+        } else if (argv[i][0] == '-' || !options->file.empty()) {
+            return false;
+        } else {
+            options->file = argv[i];
+        }
+    }
+    return !options->file.empty();
+}
+
+bool readFile(const std::string& path, std::string* text) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return false;
+    std::ostringstream content;
+    content << in.rdbuf();
+    *text = content.str();
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    if (!parseOptions(argc, argv, &options)) {
+        std::cerr << kUsage;
+        return sim::kExitBadScenario;
+    }
+    std::string text;
+    if (!readFile(options.file, &text)) {
+        std::cerr << "zdgnss-sim: cannot read " << options.file << "\n";
+        return sim::kExitBadScenario;
+    }
+    std::vector<sim::Line> lines;
+    sim::Scenario scenario;
+    int errorLine = 0;
+    std::string error;
+    if (!sim::lexScenario(text, &lines, &errorLine, &error) ||
+        !sim::parseScenario(lines, &scenario, &errorLine, &error)) {
+        std::cerr << options.file << ":" << errorLine << ": " << error << "\n";
+        return sim::kExitBadScenario;
+    }
+    sim::Transcript::get().setEcho(!options.quiet);
+    const int code = sim::runScenario(scenario, options.file, options.check, std::cerr);
+    // What the library's static destruction may log after the run is no part of it.
+    sim::Transcript::get().setEcho(false);
+    return code;
+}

@@ -1,0 +1,118 @@
+// Parsing and running of scenarios.
+#include "scenario.h"
+
+#include <zdhost/runtime.h>
+
+#include "calls.h"
+#include "environment.h"
+#include "log_capture.h"
+#include "transcript.h"
+#include "world/world.h"
+
+namespace sim {
+
+namespace {
+
+bool isWorldCommand(const std::string& head) {
+    return head == "fusd" || head == "vhal" || head == "fw";
+}
+
+template <typename Action>
+std::function<bool(std::string*)> alwaysSucceeds(Action action) {
+    return [action](std::string*) {
+        action();
+        return true;
+    };
+}
+
+bool parseCommand(const Line& line, Step* step, std::string* error) {
+    const std::string& head = line.tokens[0].text;
+    const std::vector<Token> args(line.tokens.begin() + 1, line.tokens.end());
+    std::function<void()> action;
+    step->source = line;
+    if (line.tokens[0].quoted) {
+        *error = "a command must start with a word";
+        return false;
+    }
+    if (isWorldCommand(head)) {
+        step->run = [head, args](std::string* error) {
+            return World::get().command(head, args, error);
+        };
+        return true;
+    }
+    if (head == "call") {
+        if (!prepareCall(args, &action, error)) return false;
+    } else if (isEnvironmentCommand(head)) {
+        if (!prepareEnvironment(head, args, &action, error)) return false;
+    } else {
+        *error = "unknown command \"" + head + "\"";
+        return false;
+    }
+    step->run = alwaysSucceeds(action);
+    return true;
+}
+
+void reportFailure(const Step& step, const Expectation& failed, const std::string& name,
+                   const std::vector<std::string>& segment, std::ostream& report) {
+    report << name << ":" << failed.line << ": expectation failed: " << describe(failed) << "\n";
+    report << "  held against the segment of line " << step.source.number << " ("
+           << step.source.text << "), " << segment.size()
+           << (segment.size() == 1 ? " line" : " lines") << (segment.empty() ? "" : ":") << "\n";
+    for (const auto& line : segment) report << "    " << line << "\n";
+}
+
+void startWorld() {
+    startLogCapture();
+    resetEnvironment();
+    World::get().start();
+    zdhost::pool::drain();
+}
+
+}  // namespace
+
+bool parseScenario(const std::vector<Line>& lines, Scenario* out, int* errorLine,
+                   std::string* error) {
+    out->steps.clear();
+    for (const Line& line : lines) {
+        *errorLine = line.number;
+        if (isExpectationCommand(line.tokens[0].text) && !line.tokens[0].quoted) {
+            Expectation expectation;
+            if (out->steps.empty()) {
+                *error = "an expectation needs a command before it";
+                return false;
+            }
+            if (!parseExpectation(line, &expectation, error)) return false;
+            out->steps.back().expectations.push_back(expectation);
+            continue;
+        }
+        Step step;
+        if (!parseCommand(line, &step, error)) return false;
+        out->steps.push_back(std::move(step));
+    }
+    return true;
+}
+
+int runScenario(const Scenario& scenario, const std::string& name, bool check,
+                std::ostream& report) {
+    startWorld();
+    for (const Step& step : scenario.steps) {
+        Transcript::get().takeSegment();
+        std::string error;
+        const bool ran = step.run(&error);
+        zdhost::pool::drain();
+        const std::vector<std::string> segment = Transcript::get().takeSegment();
+        if (!ran) {
+            report << name << ":" << step.source.number << ": " << error << "\n";
+            return kExitBadScenario;
+        }
+        if (!check) continue;
+        const int failed = firstFailure(step.expectations, segment);
+        if (failed >= 0) {
+            reportFailure(step, step.expectations[failed], name, segment, report);
+            return kExitExpectationFailed;
+        }
+    }
+    return kExitOk;
+}
+
+}  // namespace sim

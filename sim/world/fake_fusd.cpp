@@ -1,0 +1,208 @@
+#include "fake_fusd.h"
+
+#include <utility>
+
+namespace sim {
+
+using android::sp;
+using android::hidl::base::V1_0::IBase;
+using zdhost::ServiceProcess;
+
+namespace {
+
+const char kInstance[] = "default";
+
+bool isLbsLookup(const std::string& fqName) {
+    static const std::string kPackage = "vendor.zendra.hardware.fusd@";
+    static const std::string kName = "::IFusdLbs";
+    return fqName.compare(0, kPackage.size(), kPackage) == 0 && fqName.size() > kName.size() &&
+           fqName.compare(fqName.size() - kName.size(), kName.size(), kName) == 0;
+}
+
+// The callback last registered with the sub-interface made for `feature`, if any.
+template <typename Keeper>
+auto keptCallback(Extensions& extensions, const char* feature)
+    -> decltype(std::declval<Keeper>().callback()) {
+    sp<IBase> object = extensions.made(feature);
+    auto* keeper = dynamic_cast<Keeper*>(object.get());
+    return keeper == nullptr ? nullptr : keeper->callback();
+}
+
+}  // namespace
+
+FakeFusd::FakeFusd() {
+    mParty.declare("IFusdLbs", RecordingIFusdLbs_V1_3::operations());
+    mParty.declare("IFusdGnssInterface", RecordingIFusdGnssInterface_V1_2::operations());
+    mParty.declare("IFusdGeofenceInterface", RecordingIFusdGeofenceInterface_V1_2::operations());
+    mParty.declare("IGnssBatchingInterface", RecordingIGnssBatchingInterface_V1_1::operations());
+    for (const char* feature : {"gnss", "geofence", "batching"}) mParty.declareFeature(feature);
+}
+
+void FakeFusd::reset() {
+    std::lock_guard<std::mutex> lock(mLock);
+    mProcess = nullptr;
+    mLbs = nullptr;
+    mLookupsUntilRegister = 0;
+    mNested.clear();
+    mParty.reset();
+}
+
+bool FakeFusd::command(const std::vector<Token>& args, std::string* error) {
+    bool handled = false;
+    bool ok = mParty.knobCommand(args, &handled, error);
+    if (handled) return ok;
+    const std::string verb = args.empty() ? std::string() : args[0].text;
+    if (verb == "register" && args.size() == 1) {
+        registerDaemon();
+        return true;
+    }
+    if (verb == "register-at-lookup") return registerAtLookup(args, error);
+    if (verb == "kill" && args.size() == 1) return kill(true, error);
+    if (verb == "kill" && args.size() == 2 && args[1].text == "unpromotable") {
+        return kill(false, error);
+    }
+    if (verb == "nested") return call({args.begin() + 1, args.end()}, true, error);
+    if (isDaemonCall(verb)) return call(args, false, error);
+    *error = "unknown command: fusd " + verb;
+    return false;
+}
+
+sp<FakeFusd::Lbs> FakeFusd::newDaemon(const sp<ServiceProcess>& process) {
+    auto gnss = [this, process]() -> sp<IBase> {
+        GnssInterface::Listener listener = [this](const sp<GnssCallback>& cb) {
+            runNested(cb, nullptr);
+        };
+        return makeFake<GnssInterface>(mParty, process, "IFusdGnssInterface", listener);
+    };
+    auto geofence = [this, process]() -> sp<IBase> {
+        GeofenceInterface::Listener listener = [this](const sp<GeofenceCallback>& cb) {
+            runNested(nullptr, cb);
+        };
+        return makeFake<GeofenceInterface>(mParty, process, "IFusdGeofenceInterface", listener);
+    };
+    auto batching = [this, process]() -> sp<IBase> {
+        return makeFake<RecordingIGnssBatchingInterface_V1_1>(mParty, process,
+                                                              "IGnssBatchingInterface");
+    };
+    std::vector<Extensions::Getter> getters = {
+        {"getFusdGnssInterface", "gnss", gnss},
+        {"getFusdGeofenceInterface", "geofence", geofence},
+        {"getGnssBatchingInterface", "batching", batching},
+    };
+    return makeFake<Lbs>(mParty, process, "IFusdLbs", mParty, std::move(getters));
+}
+
+void FakeFusd::registerDaemon() {
+    sp<Lbs> lbs;
+    {
+        std::lock_guard<std::mutex> lock(mLock);
+        if (mLbs == nullptr) {
+            mProcess = new ServiceProcess();
+            mLbs = newDaemon(mProcess);
+        }
+        lbs = mLbs;
+    }
+    zdhost::ServiceManager::get().add(kInstance, lbs);
+}
+
+bool FakeFusd::kill(bool promotableWho, std::string* error) {
+    sp<ServiceProcess> process;
+    sp<Lbs> lbs;
+    {
+        std::lock_guard<std::mutex> lock(mLock);
+        process = mProcess;
+        lbs = mLbs;
+        mProcess = nullptr;
+        mLbs = nullptr;
+    }
+    if (lbs == nullptr) {
+        *error = "the fusion daemon is not running";
+        return false;
+    }
+    process->kill({lbs}, promotableWho);
+    return true;
+}
+
+bool FakeFusd::registerAtLookup(const std::vector<Token>& args, std::string* error) {
+    int64_t count = 0;
+    if (args.size() != 2) {
+        *error = "usage: fusd register-at-lookup K";
+        return false;
+    }
+    if (!parseInt64(args[1], &count, error)) return false;
+    if (count < 1) {
+        *error = "register-at-lookup counts look-ups from 1";
+        return false;
+    }
+    std::lock_guard<std::mutex> lock(mLock);
+    mLookupsUntilRegister = count;
+    return true;
+}
+
+void FakeFusd::beforeLookup(const std::string& fqName) {
+    if (!isLbsLookup(fqName)) return;
+    {
+        std::lock_guard<std::mutex> lock(mLock);
+        if (mLookupsUntilRegister == 0 || --mLookupsUntilRegister > 0) return;
+    }
+    registerDaemon();
+}
+
+bool FakeFusd::call(const std::vector<Token>& words, bool nested, std::string* error) {
+    DaemonCall daemonCall;
+    if (!parseDaemonCall(words, &daemonCall, error)) return false;
+    if (!nested) return deliver(daemonCall, error);
+    std::lock_guard<std::mutex> lock(mLock);
+    mNested.push_back(std::move(daemonCall));
+    return true;
+}
+
+bool FakeFusd::deliver(const DaemonCall& call, std::string* error) {
+    sp<Lbs> lbs;
+    {
+        std::lock_guard<std::mutex> lock(mLock);
+        lbs = mLbs;
+    }
+    if (lbs == nullptr) {
+        *error = "the fusion daemon is not running";
+        return false;
+    }
+    if (call.toGnss) {
+        sp<GnssCallback> cb = keptCallback<GnssInterface>(lbs->extensions(), "gnss");
+        if (cb == nullptr) {
+            *error = "no IFusdGnssCallback was registered with the fusion daemon";
+            return false;
+        }
+        zdhost::pool::deliverCall([&] { (void)call.toGnss(*cb).isOk(); });
+        return true;
+    }
+    sp<GeofenceCallback> cb = keptCallback<GeofenceInterface>(lbs->extensions(), "geofence");
+    if (cb == nullptr) {
+        *error = "no IFusdGeofenceCallback was registered with the fusion daemon";
+        return false;
+    }
+    zdhost::pool::deliverCall([&] { (void)call.toGeofence(*cb).isOk(); });
+    return true;
+}
+
+void FakeFusd::runNested(const sp<GnssCallback>& gnss, const sp<GeofenceCallback>& geofence) {
+    std::vector<DaemonCall> due;
+    {
+        std::lock_guard<std::mutex> lock(mLock);
+        std::vector<DaemonCall> waiting;
+        for (DaemonCall& call : mNested) {
+            bool now = (gnss != nullptr && call.toGnss) || (geofence != nullptr && call.toGeofence);
+            (now ? due : waiting).push_back(std::move(call));
+        }
+        mNested.swap(waiting);
+    }
+    for (const DaemonCall& call : due) {
+        if (call.toGnss) {
+            (void)call.toGnss(*gnss).isOk();
+        } else {
+            (void)call.toGeofence(*geofence).isOk();
+        }
+    }
+}
+
+}  // namespace sim

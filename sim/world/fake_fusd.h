@@ -1,0 +1,61 @@
+// The fake fusion daemon: IFusdLbs@1.3 "default" with its GNSS, geofence and batching
+// sub-interfaces, in a process that can die and be started again with new objects.
+#pragma once
+
+#include <utils/RefBase.h>
+#include <vendor/zendra/hardware/fusd/1.2/IFusdGeofenceCallback.h>
+#include <vendor/zendra/hardware/fusd/1.2/IFusdGnssCallback.h>
+#include <zdhost/runtime.h>
+
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "daemon_calls.h"
+#include "fake_objects.h"
+#include "party.h"
+#include "recording_stubs.h"
+#include "values.h"
+
+namespace sim {
+
+class FakeFusd {
+  public:
+    FakeFusd();
+
+    // The command after `fusd`: register, register-at-lookup K, kill [unpromotable],
+    // fail/heal/answer/provide, nested OP ARGS, or a callback operation OP ARGS.
+    bool command(const std::vector<Token>& args, std::string* error);
+    // Runtime hook: an IFusdLbs look-up is about to be made.
+    void beforeLookup(const std::string& fqName);
+    // A fresh world: no daemon, no knobs, nothing pending.
+    void reset();
+
+  private:
+    using GnssCallback = vendor::zendra::hardware::fusd::V1_2::IFusdGnssCallback;
+    using GeofenceCallback = vendor::zendra::hardware::fusd::V1_2::IFusdGeofenceCallback;
+    using Lbs = WithExtensions<RecordingIFusdLbs_V1_3>;
+    using GnssInterface = CallbackKeeper<RecordingIFusdGnssInterface_V1_2, GnssCallback>;
+    using GeofenceInterface =
+        CallbackKeeper<RecordingIFusdGeofenceInterface_V1_2, GeofenceCallback>;
+
+    android::sp<Lbs> newDaemon(const android::sp<zdhost::ServiceProcess>& process);
+    void registerDaemon();
+    bool kill(bool promotableWho, std::string* error);
+    bool registerAtLookup(const std::vector<Token>& args, std::string* error);
+    bool call(const std::vector<Token>& words, bool nested, std::string* error);
+    bool deliver(const DaemonCall& call, std::string* error);
+    // Runs, on the calling thread, the nested calls waiting for this callback's registration.
+    void runNested(const android::sp<GnssCallback>& gnss,
+                   const android::sp<GeofenceCallback>& geofence);
+
+    Party mParty{"fusd"};
+    std::mutex mLock;
+    android::sp<zdhost::ServiceProcess> mProcess;  // the running daemon, if any
+    android::sp<Lbs> mLbs;
+    int64_t mLookupsUntilRegister = 0;  // 0: no registration waits for a look-up
+    std::vector<DaemonCall> mNested;
+};
+
+}  // namespace sim

@@ -1,0 +1,26 @@
+#include "fake_objects.h"
+
+namespace sim {
+
+using android::sp;
+using android::hidl::base::V1_0::IBase;
+
+sp<IBase> Extensions::fetch(const std::string& op) {
+    for (const Getter& getter : mGetters) {
+        if (getter.op != op) continue;
+        if (!mParty.provides(getter.feature)) return nullptr;
+        std::lock_guard<std::mutex> lock(mLock);
+        sp<IBase>& object = mMade[getter.feature];
+        if (object == nullptr) object = getter.make();
+        return object;
+    }
+    return nullptr;
+}
+
+sp<IBase> Extensions::made(const std::string& feature) const {
+    std::lock_guard<std::mutex> lock(mLock);
+    auto it = mMade.find(feature);
+    return it == mMade.end() ? nullptr : it->second;
+}
+
+}  // namespace sim

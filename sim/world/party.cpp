@@ -1,0 +1,150 @@
+#include "party.h"
+
+namespace sim {
+
+void Party::declare(const std::string& iface, const std::vector<Operation>& operations) {
+    std::lock_guard<std::mutex> lock(mLock);
+    mInterfaces[iface] = operations;
+}
+
+void Party::declareFeature(const std::string& feature) {
+    std::lock_guard<std::mutex> lock(mLock);
+    mFeatures.insert(feature);
+}
+
+bool Party::knobCommand(const std::vector<Token>& args, bool* handled, std::string* error) {
+    *handled = true;
+    const std::string& verb = args.empty() ? std::string() : args[0].text;
+    if (verb == "fail") return failCommand(args, error);
+    if (verb == "heal") return healCommand(args, error);
+    if (verb == "answer") return answerCommand(args, error);
+    if (verb == "provide") return provideCommand(args, error);
+    *handled = false;
+    return false;
+}
+
+bool Party::failCommand(const std::vector<Token>& args, std::string* error) {
+    bool once = args.size() == 3 && args[2].text == "once";
+    if (args.size() != 2 && !once) {
+        *error = "usage: " + mPrefix + " fail IFACE.OP [once]";
+        return false;
+    }
+    Operation op;
+    if (!find(args[1].text, &op, error)) return false;
+    std::lock_guard<std::mutex> lock(mLock);
+    mFailures[args[1].text] = once;
+    return true;
+}
+
+bool Party::healCommand(const std::vector<Token>& args, std::string* error) {
+    if (args.size() != 2) {
+        *error = "usage: " + mPrefix + " heal IFACE.OP";
+        return false;
+    }
+    Operation op;
+    if (!find(args[1].text, &op, error)) return false;
+    std::lock_guard<std::mutex> lock(mLock);
+    mFailures.erase(args[1].text);
+    return true;
+}
+
+bool Party::answerCommand(const std::vector<Token>& args, std::string* error) {
+    if (args.size() != 3) {
+        *error = "usage: " + mPrefix + " answer IFACE.OP VALUE";
+        return false;
+    }
+    Operation op;
+    if (!find(args[1].text, &op, error)) return false;
+    bool b;
+    int64_t i;
+    double d;
+    switch (op.kind) {
+        case ResultKind::kBool:
+            if (!parseBool(args[2], &b, error)) return false;
+            break;
+        case ResultKind::kInteger:
+            if (!parseInt64(args[2], &i, error)) return false;
+            break;
+        case ResultKind::kFloat:
+            if (!parseDouble(args[2], &d, error)) return false;
+            break;
+        default:
+            *error = args[1].text + " has no plain result to answer";
+            return false;
+    }
+    setAnswer(args[1].text, args[2].text);
+    return true;
+}
+
+bool Party::provideCommand(const std::vector<Token>& args, std::string* error) {
+    if (args.size() != 3 || (args[2].text != "yes" && args[2].text != "no")) {
+        *error = "usage: " + mPrefix + " provide FEATURE yes|no";
+        return false;
+    }
+    std::lock_guard<std::mutex> lock(mLock);
+    if (mFeatures.count(args[1].text) == 0) {
+        *error = mPrefix + " provides no '" + args[1].text + "'";
+        return false;
+    }
+    if (args[2].text == "yes") {
+        mWithheld.erase(args[1].text);
+    } else {
+        mWithheld.insert(args[1].text);
+    }
+    return true;
+}
+
+bool Party::find(const std::string& key, Operation* found, std::string* error) const {
+    size_t dot = key.rfind('.');
+    std::string iface = dot == std::string::npos ? key : key.substr(0, dot);
+    std::string name = dot == std::string::npos ? std::string() : key.substr(dot + 1);
+    std::lock_guard<std::mutex> lock(mLock);
+    auto it = mInterfaces.find(iface);
+    if (it == mInterfaces.end()) {
+        *error = mPrefix + " has no interface '" + iface + "'";
+        return false;
+    }
+    for (const Operation& op : it->second) {
+        if (name == op.name) {
+            *found = op;
+            return true;
+        }
+    }
+    *error = iface + " has no operation '" + name + "'";
+    return false;
+}
+
+bool Party::takeFailure(const std::string& key) {
+    std::lock_guard<std::mutex> lock(mLock);
+    auto it = mFailures.find(key);
+    if (it == mFailures.end()) return false;
+    if (it->second) mFailures.erase(it);
+    return true;
+}
+
+bool Party::answerFor(const std::string& key, Token* value) const {
+    std::lock_guard<std::mutex> lock(mLock);
+    auto it = mAnswers.find(key);
+    if (it == mAnswers.end()) return false;
+    value->text = it->second;
+    return true;
+}
+
+void Party::setAnswer(const std::string& key, const std::string& value) {
+    std::lock_guard<std::mutex> lock(mLock);
+    mAnswers[key] = value;
+}
+
+bool Party::provides(const std::string& feature) const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mWithheld.count(feature) == 0;
+}
+
+void Party::reset() {
+    std::lock_guard<std::mutex> lock(mLock);
+    mFailures.clear();
+    mAnswers.clear();
+    mWithheld.clear();
+}
+
+}  // namespace sim

@@ -1,0 +1,69 @@
+// One party of the embedded world (the fusion daemon, the vendor GNSS HAL or the
+// framework): the prefix of its transcript lines and the knobs a scenario turns on it.
+// Knobs hold until changed, across the deaths and restarts of the party's process.
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "values.h"
+
+namespace sim {
+
+// What kind of plain result an operation answers, which decides the values `answer` takes.
+enum class ResultKind { kNone, kBool, kInteger, kFloat, kObject };
+
+struct Operation {
+    const char* name = "";
+    ResultKind kind = ResultKind::kNone;
+};
+
+class Party {
+  public:
+    explicit Party(std::string prefix) : mPrefix(std::move(prefix)) {}
+
+    const std::string& prefix() const { return mPrefix; }
+
+    // Names an interface of this party ("IFusdLbs") with its operations, so that knobs on
+    // operations that do not exist are refused.
+    void declare(const std::string& iface, const std::vector<Operation>& operations);
+    // Names a feature the `provide` knob switches ("gnss"); provided until told otherwise.
+    void declareFeature(const std::string& feature);
+
+    // The knob commands every party takes: `fail IFACE.OP [once]`, `heal IFACE.OP`,
+    // `answer IFACE.OP VALUE`, `provide FEATURE yes|no`. *handled tells whether args[0]
+    // named one of them; the result and *error whether it was well formed.
+    bool knobCommand(const std::vector<Token>& args, bool* handled, std::string* error);
+
+    // Whether the call of IFACE.OP being made now fails in transport (a `once` failure is
+    // used up by it).
+    bool takeFailure(const std::string& key);
+    // The answer set for IFACE.OP, if any.
+    bool answerFor(const std::string& key, Token* value) const;
+    void setAnswer(const std::string& key, const std::string& value);
+    bool provides(const std::string& feature) const;
+
+    // Forgets every knob (a fresh world).
+    void reset();
+
+  private:
+    bool failCommand(const std::vector<Token>& args, std::string* error);
+    bool healCommand(const std::vector<Token>& args, std::string* error);
+    bool answerCommand(const std::vector<Token>& args, std::string* error);
+    bool provideCommand(const std::vector<Token>& args, std::string* error);
+    // The operation IFACE.OP names; false with *error set when there is none.
+    bool find(const std::string& key, Operation* found, std::string* error) const;
+
+    const std::string mPrefix;
+    mutable std::mutex mLock;
+    std::map<std::string, std::vector<Operation>> mInterfaces;
+    std::set<std::string> mFeatures;
+    std::map<std::string, bool> mFailures;  // IFACE.OP -> once
+    std::map<std::string, std::string> mAnswers;
+    std::set<std::string> mWithheld;  // features answered with an empty reference
+};
+
+}  // namespace sim

@@ -1,0 +1,64 @@
+#include "recorder.h"
+
+#include "format.h"
+#include "transcript.h"
+
+namespace sim {
+
+using android::sp;
+using android::wp;
+using android::hardware::hidl_death_recipient;
+using android::hardware::Return;
+using android::hidl::base::V1_0::IBase;
+
+namespace {
+std::string callText(const std::string& iface, const char* op,
+                     std::initializer_list<std::string> args) {
+    std::string text = iface + "." + op + "(";
+    bool first = true;
+    for (const std::string& arg : args) {
+        text += (first ? "" : ", ") + arg;
+        first = false;
+    }
+    return text + ")";
+}
+}  // namespace
+
+void Recorder::emit(const std::string& call, bool failed) const {
+    Transcript::get().emit(mParty->prefix() + " " + call + (failed ? " -> transport-error" : ""));
+}
+
+bool Recorder::enter(const char* op, std::initializer_list<std::string> args) {
+    bool failed = mParty->takeFailure(key(op)) || processDead();
+    emit(callText(mIface, op, args), failed);
+    return !failed;
+}
+
+Return<bool> Recorder::linkToDeath(IBase* self, const sp<hidl_death_recipient>& recipient,
+                                   uint64_t cookie) {
+    const char* op = "linkToDeath";
+    std::string call = callText(mIface, op, {fmt(recipient), fmt(cookie)});
+    if (mParty->takeFailure(key(op))) {
+        emit(call, true);
+        return zdhost::transportError();
+    }
+    emit(call, false);
+    if (processDead() || !answer<bool>(op, true)) return false;  // no link made
+    if (mProcess == nullptr) return true;
+    return mProcess->linkToDeath(recipient, cookie, wp<IBase>(self));
+}
+
+Return<bool> Recorder::unlinkToDeath(const sp<hidl_death_recipient>& recipient) {
+    const char* op = "unlinkToDeath";
+    std::string call = callText(mIface, op, {fmt(recipient)});
+    if (mParty->takeFailure(key(op))) {
+        emit(call, true);
+        return zdhost::transportError();
+    }
+    emit(call, false);
+    if (processDead() || !answer<bool>(op, true)) return false;  // link left in place
+    if (mProcess == nullptr) return true;
+    return mProcess->unlinkToDeath(recipient);
+}
+
+}  // namespace sim

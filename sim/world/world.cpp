@@ -1,0 +1,61 @@
+#include "world.h"
+
+#include <zdhost/runtime.h>
+
+#include "fake_fusd.h"
+#include "fake_vhal.h"
+#include "framework.h"
+#include "runtime_watch.h"
+
+namespace sim {
+
+struct World::Parts {
+    FakeFusd fusd;
+    FakeVhal vhal;
+    Framework framework;
+    RuntimeWatch watch{[this](const std::string& fqName) { fusd.beforeLookup(fqName); }};
+};
+
+World& World::get() {
+    static World* world = new World();
+    return *world;
+}
+
+World::World() : mParts(new Parts()) {}
+
+void World::start() {
+    zdhost::pool::drain();  // nothing of an earlier world may still be on its way
+    zdhost::ServiceManager& manager = zdhost::ServiceManager::get();
+    manager.reset();
+    manager.setObserver(&mParts->watch);
+    installVirtualSleep();
+    mParts->fusd.reset();
+    mParts->vhal.reset();
+    mParts->framework.reset();
+}
+
+bool World::command(const std::string& head, const std::vector<Token>& args, std::string* error) {
+    if (head == "fusd") return mParts->fusd.command(args, error);
+    if (head == "vhal") return mParts->vhal.command(args, error);
+    if (head == "fw") return mParts->framework.command(args, error);
+    *error = "unknown command: " + head;
+    return false;
+}
+
+android::sp<android::hardware::gnss::V2_0::IGnssCallback> World::gnssCb() {
+    return mParts->framework.gnssCb();
+}
+
+android::sp<android::hardware::gnss::V1_0::IGnssGeofenceCallback> World::geofenceCb() {
+    return mParts->framework.geofenceCb();
+}
+
+android::sp<FdCorvaneCallback_> World::corvaneCb() {
+    return mParts->framework.corvaneCb();
+}
+
+FdCallback* World::fdCallback() {
+    return mParts->framework.fdCallback();
+}
+
+}  // namespace sim
