@@ -1,0 +1,309 @@
+// Return<T> checking: which operations count as checking a call's status, and what
+// happens to a failed or unchecked Return that goes out of scope.
+#include <android/hidl/base/1.0/IBase.h>
+#include <android/log.h>
+#include <gtest/gtest.h>
+#include <hidl/Status.h>
+#include <zdhost/runtime.h>
+
+#include <cstdlib>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using ::android::sp;
+using ::android::hardware::HidlReturnRestriction;
+using ::android::hardware::Return;
+using ::android::hardware::setProcessHidlReturnRestriction;
+using ::android::hardware::Status;
+using ::android::hardware::Void;
+using ::android::hidl::base::V1_0::IBase;
+
+// Text of the two aborts, as the runtime logs them before dying.
+constexpr const char* kFailedUnchecked = "Failed HIDL return status not checked";
+constexpr const char* kUnchecked = "Unchecked HIDL return status";
+
+Status deadPeer() {
+    return Status::fromStatusT(::android::DEAD_OBJECT);
+}
+Status failedTransaction() {
+    return Status::fromStatusT(::android::FAILED_TRANSACTION);
+}
+Status illegalArgument() {
+    return Status::fromExceptionCode(Status::EX_ILLEGAL_ARGUMENT, "bad");
+}
+
+// Runs `body` in a death-test child that must end normally; an abort inside it fails
+// only this test.
+#define EXPECT_SURVIVES(body) \
+    EXPECT_EXIT(              \
+        {                     \
+            body;             \
+            std::exit(0);     \
+        },                    \
+        ::testing::ExitedWithCode(0), "")
+
+class ReturnCheckTest : public ::testing::Test {
+  protected:
+    void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+    void TearDown() override { setProcessHidlReturnRestriction(HidlReturnRestriction::NONE); }
+};
+
+TEST_F(ReturnCheckTest, FailedReturnDestroyedUncheckedAborts) {
+    EXPECT_DEATH({ Return<int> r(deadPeer()); }, kFailedUnchecked);
+    EXPECT_DEATH({ Return<bool> r(illegalArgument()); }, kFailedUnchecked);
+    EXPECT_DEATH({ Return<void> r(failedTransaction()); }, kFailedUnchecked);
+    EXPECT_DEATH({ Return<sp<IBase>> r(deadPeer()); }, kFailedUnchecked);
+}
+
+TEST_F(ReturnCheckTest, MoveAssigningOntoAnUncheckedFailedReturnAborts) {
+    EXPECT_DEATH(
+        {
+            Return<int> r(deadPeer());
+            r = Return<int>(5);
+        },
+        kFailedUnchecked);
+    EXPECT_DEATH(
+        {
+            Return<void> r(illegalArgument());
+            r = Void();
+        },
+        kFailedUnchecked);
+}
+
+TEST_F(ReturnCheckTest, MoveAssigningOntoACheckedFailedReturnIsFine) {
+    EXPECT_SURVIVES({
+        Return<int> r(deadPeer());
+        (void)r.isOk();
+        r = Return<int>(5);
+        if (static_cast<int>(r) != 5) std::abort();
+    });
+}
+
+TEST_F(ReturnCheckTest, ReadingTheValueOfAFailedReturnAborts) {
+    EXPECT_DEATH(
+        {
+            Return<int> r(deadPeer());
+            int value = r;
+            (void)value;
+        },
+        kFailedUnchecked);
+    EXPECT_DEATH(
+        {
+            Return<sp<IBase>> r(illegalArgument());
+            sp<IBase> value = r;
+        },
+        kFailedUnchecked);
+    // Having checked the status does not make the value readable.
+    EXPECT_DEATH(
+        {
+            Return<bool> r(deadPeer());
+            (void)r.isOk();
+            bool value = r;
+            (void)value;
+        },
+        kFailedUnchecked);
+}
+
+TEST_F(ReturnCheckTest, IsOkMarksAFailedReturnChecked) {
+    EXPECT_SURVIVES({
+        Return<int> r(deadPeer());
+        if (r.isOk()) std::abort();
+    });
+    EXPECT_SURVIVES({
+        Return<void> r(illegalArgument());
+        if (r.isOk()) std::abort();
+    });
+}
+
+TEST_F(ReturnCheckTest, IsDeadObjectMarksOnlyWhenThePeerIsDead) {
+    EXPECT_SURVIVES({
+        Return<bool> r(deadPeer());
+        if (!r.isDeadObject()) std::abort();
+    });
+    // The status a fake service returns for a dead process is a dead peer.
+    EXPECT_SURVIVES({
+        Return<void> r(zdhost::transportError());
+        if (!r.isDeadObject()) std::abort();
+    });
+    EXPECT_DEATH(
+        {
+            Return<bool> r(failedTransaction());
+            if (r.isDeadObject()) std::exit(0);
+        },
+        kFailedUnchecked);
+    EXPECT_DEATH(
+        {
+            Return<bool> r(illegalArgument());
+            if (r.isDeadObject()) std::exit(0);
+        },
+        kFailedUnchecked);
+}
+
+TEST_F(ReturnCheckTest, IsDeadObjectOnASuccessLeavesItUnchecked) {
+    EXPECT_DEATH(
+        {
+            setProcessHidlReturnRestriction(HidlReturnRestriction::FATAL_IF_UNCHECKED);
+            Return<bool> r(true);
+            if (r.isDeadObject()) std::exit(0);
+        },
+        kUnchecked);
+}
+
+TEST_F(ReturnCheckTest, DescriptionNeverMarks) {
+    EXPECT_DEATH(
+        {
+            Return<int> r(deadPeer());
+            if (r.description().empty()) std::exit(0);
+        },
+        kFailedUnchecked);
+    EXPECT_DEATH(
+        {
+            setProcessHidlReturnRestriction(HidlReturnRestriction::FATAL_IF_UNCHECKED);
+            Return<int> r(3);
+            if (r.description().empty()) std::exit(0);
+        },
+        kUnchecked);
+}
+
+TEST_F(ReturnCheckTest, DescriptionNamesTheFailure) {
+    Return<void> dead(deadPeer());
+    EXPECT_NE(dead.description().find("EX_TRANSACTION_FAILED"), std::string::npos)
+        << dead.description();
+    EXPECT_NE(dead.description().find("DEAD_OBJECT"), std::string::npos) << dead.description();
+    EXPECT_FALSE(dead.isOk());
+
+    Return<void> ok = Void();
+    EXPECT_EQ(ok.description().find("EX_"), std::string::npos) << ok.description();
+    EXPECT_TRUE(ok.isOk());
+}
+
+TEST_F(ReturnCheckTest, WithDefaultChecksAndReturnsTheDefaultOnFailure) {
+    EXPECT_SURVIVES({
+        Return<int> failed(deadPeer());
+        if (failed.withDefault(-7) != -7) std::abort();
+        Return<int> good(12);
+        if (good.withDefault(-7) != 12) std::abort();
+    });
+    EXPECT_SURVIVES({
+        sp<IBase> fallback = new IBase();
+        Return<sp<IBase>> failed(illegalArgument());
+        if (failed.withDefault(fallback) != fallback) std::abort();
+    });
+    EXPECT_SURVIVES({
+        setProcessHidlReturnRestriction(HidlReturnRestriction::FATAL_IF_UNCHECKED);
+        Return<bool> good(true);
+        if (!good.withDefault(false)) std::abort();
+    });
+}
+
+TEST_F(ReturnCheckTest, MoveConstructionLeavesTheSourceSafeToDestroy) {
+    EXPECT_SURVIVES({
+        setProcessHidlReturnRestriction(HidlReturnRestriction::FATAL_IF_UNCHECKED);
+        Return<int> source(deadPeer());
+        Return<int> target(std::move(source));
+        (void)target.isOk();
+    });
+    EXPECT_SURVIVES({
+        setProcessHidlReturnRestriction(HidlReturnRestriction::FATAL_IF_UNCHECKED);
+        Return<void> source = Void();
+        Return<void> target(std::move(source));
+        (void)target.isOk();
+    });
+}
+
+TEST_F(ReturnCheckTest, MovingCarriesTheObligationToCheck) {
+    EXPECT_DEATH(
+        {
+            Return<int> source(deadPeer());
+            Return<int> target(std::move(source));
+        },
+        kFailedUnchecked);
+    EXPECT_DEATH(
+        {
+            Return<int> target(1);
+            (void)target.isOk();
+            target = Return<int>(deadPeer());
+        },
+        kFailedUnchecked);
+}
+
+TEST_F(ReturnCheckTest, FatalRestrictionAbortsOnAnUncheckedSuccess) {
+    EXPECT_DEATH(
+        {
+            setProcessHidlReturnRestriction(HidlReturnRestriction::FATAL_IF_UNCHECKED);
+            Return<void> r = Void();
+        },
+        kUnchecked);
+    EXPECT_DEATH(
+        {
+            setProcessHidlReturnRestriction(HidlReturnRestriction::FATAL_IF_UNCHECKED);
+            Return<int> r(1);
+        },
+        kUnchecked);
+    // Checking, or reading the value, is what the restriction asks for.
+    EXPECT_SURVIVES({
+        setProcessHidlReturnRestriction(HidlReturnRestriction::FATAL_IF_UNCHECKED);
+        Return<void> checked = Void();
+        (void)checked.isOk();
+        Return<int> read(4);
+        if (static_cast<int>(read) != 4) std::abort();
+    });
+}
+
+// liblog sink that keeps every line written while a test runs.
+struct LogLine {
+    int priority;
+    std::string message;
+};
+std::mutex gLogLock;
+std::vector<LogLine> gLogLines;
+
+void captureLog(const struct __android_logger_data* data, const char* message) {
+    std::lock_guard<std::mutex> lock(gLogLock);
+    gLogLines.push_back({data->priority, message});
+}
+
+class ReturnRestrictionLogTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        gLogLines.clear();
+        __android_log_set_logger(captureLog);
+    }
+    void TearDown() override {
+        __android_log_set_logger(__android_log_stderr_logger);
+        setProcessHidlReturnRestriction(HidlReturnRestriction::NONE);
+    }
+    std::vector<LogLine> lines() {
+        std::lock_guard<std::mutex> lock(gLogLock);
+        return gLogLines;
+    }
+};
+
+TEST_F(ReturnRestrictionLogTest, ErrorRestrictionLogsEachUncheckedSuccess) {
+    setProcessHidlReturnRestriction(HidlReturnRestriction::ERROR_IF_UNCHECKED);
+    { Return<void> unchecked = Void(); }
+    { Return<bool> unchecked(true); }
+    {
+        Return<int> checked(3);
+        (void)checked.isOk();
+    }
+    std::vector<LogLine> logged = lines();
+    ASSERT_EQ(logged.size(), 2u);
+    for (const auto& line : logged) {
+        EXPECT_EQ(line.priority, ANDROID_LOG_ERROR);
+        EXPECT_NE(line.message.find(kUnchecked), std::string::npos) << line.message;
+    }
+}
+
+TEST_F(ReturnRestrictionLogTest, NoRestrictionIsSilent) {
+    setProcessHidlReturnRestriction(HidlReturnRestriction::NONE);
+    { Return<void> unchecked = Void(); }
+    { Return<int> unchecked(9); }
+    EXPECT_TRUE(lines().empty());
+}
+
+}  // namespace
