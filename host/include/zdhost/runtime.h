@@ -26,15 +26,17 @@ using ::android::hidl::manager::V1_0::IServiceNotification;
 // thread where the event happens, before the event reaches its target.
 struct RuntimeObserver {
     virtual ~RuntimeObserver() = default;
-    virtual void beforeLookup(const std::string& fqName, const std::string& instance) {}
-    virtual void afterLookup(const std::string& fqName, const std::string& instance, bool tryOnly,
-                             const sp<IBase>& found) {}
-    virtual void onRegisterForNotifications(const std::string& fqName, const std::string& instance,
-                                            const sp<IServiceNotification>& watcher) {}
-    virtual void onRegistrationDelivered(const sp<IServiceNotification>& watcher,
-                                         const std::string& fqName, const std::string& instance,
-                                         bool preexisting) {}
-    virtual void onDeathDelivered(const sp<hidl_death_recipient>& recipient, uint64_t cookie) {}
+    virtual void beforeLookup(const std::string& /*fqName*/, const std::string& /*instance*/) {}
+    virtual void afterLookup(const std::string& /*fqName*/, const std::string& /*instance*/,
+                             bool /*tryOnly*/, const sp<IBase>& /*found*/) {}
+    virtual void onRegisterForNotifications(const std::string& /*fqName*/,
+                                            const std::string& /*instance*/,
+                                            const sp<IServiceNotification>& /*watcher*/) {}
+    virtual void onRegistrationDelivered(const sp<IServiceNotification>& /*watcher*/,
+                                         const std::string& /*fqName*/,
+                                         const std::string& /*instance*/, bool /*preexisting*/) {}
+    virtual void onDeathDelivered(const sp<hidl_death_recipient>& /*recipient*/,
+                                  uint64_t /*cookie*/) {}
 };
 
 // Runtime thread pool. Work posted here never runs on the poster's thread,
