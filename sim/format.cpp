@@ -1,5 +1,6 @@
 // Canonical transcript forms of values.
 #include "format.h"
+#include "sv_names.h"
 
 #include <cinttypes>
 #include <cmath>
@@ -16,9 +17,6 @@ namespace fusd = vendor::zendra::hardware::fusd::V1_2;
 
 namespace {
 
-const char* const kConstellationNames[] = {"UNKNOWN", "GPS",    "SBAS",    "GLONASS",
-                                           "QZSS",    "BEIDOU", "GALILEO", "IRNSS"};
-const char* const kSvFlagNames[] = {"EPH", "ALM", "USED", "CARRIER"};
 
 // Fewest significant digits that read back to exactly the same value, as "d.ddde+XX".
 template <typename T, typename Parse>

@@ -1,5 +1,6 @@
 // Parsing of the scenario language's value forms.
 #include "values.h"
+#include "sv_names.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -16,9 +17,6 @@ namespace fusd = vendor::zendra::hardware::fusd::V1_2;
 
 namespace {
 
-const char* const kConstellationNames[] = {"UNKNOWN", "GPS",    "SBAS",    "GLONASS",
-                                           "QZSS",    "BEIDOU", "GALILEO", "IRNSS"};
-const char* const kSvFlagNames[] = {"EPH", "ALM", "USED", "CARRIER"};
 constexpr size_t kMaxSvs = 64;
 
 Token plain(const std::string& text) {

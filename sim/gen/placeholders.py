@@ -15,6 +15,8 @@ import os
 import re
 import sys
 
+from record_fields import write_if_changed
+
 PARENT_RE = re.compile(r"^struct (\w+) : public (::[\w:]+) \{", re.M)
 METHOD_RE = re.compile(r"^\s*virtual (.+?) (\w+)\((.*)\) = 0;$", re.M)
 BASE = "::android::hidl::base::V1_0::IBase"
@@ -68,14 +70,7 @@ def write(path, objects, include_root):
             lines.append("    %s %s(%s) override { return Default<%s>::get(); }" % (ret, op, params, ret))
         lines += ["};", ""]
     lines += ["}  // namespace placeholder", "}  // namespace sim", ""]
-    content = "\n".join(lines)
-    if os.path.exists(path):
-        with open(path, encoding="utf-8") as f:
-            if f.read() == content:
-                return
-    os.makedirs(os.path.dirname(os.path.abspath(path)), exist_ok=True)
-    with open(path, "w", encoding="utf-8") as f:
-        f.write(content)
+    write_if_changed(path, "\n".join(lines))
 
 
 def main(argv):
