@@ -57,7 +57,8 @@ void ServiceManager::remove(const sp<IBase>& service) {
 
 sp<IBase> ServiceManager::lookup(const std::string& fqName, const std::string& instance,
                                  bool tryOnly) {
-    if (mObserver != nullptr) mObserver->beforeLookup(fqName, instance);
+    RuntimeObserver* observer = mObserver.load();
+    if (observer != nullptr) observer->beforeLookup(fqName, instance);
     sp<IBase> found;
     {
         std::lock_guard<std::mutex> lock(mLock);
@@ -65,7 +66,7 @@ sp<IBase> ServiceManager::lookup(const std::string& fqName, const std::string& i
             if (e.fqName == fqName && e.instance == instance) found = e.service;
         }
     }
-    if (mObserver != nullptr) mObserver->afterLookup(fqName, instance, tryOnly, found);
+    if (observer != nullptr) observer->afterLookup(fqName, instance, tryOnly, found);
     return found;
 }
 
@@ -73,7 +74,8 @@ bool ServiceManager::registerForNotifications(const std::string& fqName,
                                               const std::string& instance,
                                               const sp<IServiceNotification>& watcher) {
     if (watcher == nullptr) return false;
-    if (mObserver != nullptr) mObserver->onRegisterForNotifications(fqName, instance, watcher);
+    RuntimeObserver* observer = mObserver.load();
+    if (observer != nullptr) observer->onRegisterForNotifications(fqName, instance, watcher);
     Watch watch{fqName, instance, watcher};
     std::vector<std::string> preexisting;
     {
@@ -90,7 +92,7 @@ bool ServiceManager::registerForNotifications(const std::string& fqName,
 }
 
 void ServiceManager::notify(const Watch& watch, const std::string& instance, bool preexisting) {
-    RuntimeObserver* observer = mObserver;
+    RuntimeObserver* observer = mObserver.load();
     pool::post([watch, instance, preexisting, observer] {
         if (observer != nullptr) {
             observer->onRegistrationDelivered(watch.watcher, watch.fqName, instance, preexisting);

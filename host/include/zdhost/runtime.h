@@ -8,6 +8,7 @@
 #include <hidl/HidlSupport.h>
 #include <utils/RefBase.h>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -63,7 +64,7 @@ class ServiceManager {
                                   const sp<IServiceNotification>& watcher);
 
     void setObserver(RuntimeObserver* observer);
-    RuntimeObserver* observer() const { return mObserver; }
+    RuntimeObserver* observer() const { return mObserver.load(); }
     void reset();  // forgets services and watchers
 
   private:
@@ -82,7 +83,7 @@ class ServiceManager {
     std::mutex mLock;
     std::vector<Entry> mEntries;
     std::vector<Watch> mWatches;
-    RuntimeObserver* mObserver = nullptr;
+    std::atomic<RuntimeObserver*> mObserver{nullptr};  // read on pool threads
 };
 
 // A service process: owns the death links made on its objects and can die.
