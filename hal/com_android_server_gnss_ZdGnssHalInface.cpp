@@ -15,6 +15,7 @@
 #include <mutex>
 #include <utility>
 
+#include "../provider/guarded_handle.h"
 #include "ZdGnssHalInface.h"
 #include "zdgnssprovider.h"
 
@@ -65,24 +66,17 @@ namespace {
 
 template <class T>
 sp<T> load(const sp<T>& handle) {
-    std::lock_guard<std::mutex> lock(g_handleMutex);
-    return handle;
+    return copyHandle(g_handleMutex, handle);
 }
 
 template <class T>
 bool isSet(const sp<T>& handle) {
-    std::lock_guard<std::mutex> lock(g_handleMutex);
-    return handle != nullptr;
+    return load(handle) != nullptr;
 }
 
-// The old object is released after the lock is dropped: its destructor may run
-// arbitrary code.
 template <class T>
-void store(sp<T>& handle, sp<T> value) {
-    std::unique_lock<std::mutex> lock(g_handleMutex);
-    sp<T> old = std::move(handle);
-    handle = std::move(value);
-    lock.unlock();
+void store(sp<T>& handle, const sp<T>& value) {
+    replaceHandle(g_handleMutex, handle, value);
 }
 
 int16_t hidlVersionOf(const Return<uint16_t>& version) {

@@ -22,16 +22,42 @@ void resetTimingOncePerRun() {
     tarviParamReset = true;
 }
 
-// Sends a start or stop command; the caller has checked the daemon handle.
-bool sendCommand(const sp<fusd_v1_3::IFusdLbs>& daemon, CommandType type, bool start) {
-    return daemon->sendGnssStartCmd(type, start).isOk();
-}
+// A run of the location engine: its command type and its log texts. A GPS stop
+// ends the run, so the next start resets the timing state again.
+struct RunKind {
+    CommandType type;
+    bool stopEndsRun;
+    const char* startFail;
+    const char* startOk;
+    const char* stopFail;
+    const char* stopOk;
+};
 
-void logCommand(bool sent, const char* failText, const char* okText) {
+constexpr RunKind kGpsRun = {CommandType::GPS,
+                             true,
+                             "%s: [LocMgr] Debug: send GPS start to TARVI fail",
+                             "%s: [LocMgr] Debug: Sending GPS start to TARVI",
+                             "%s: [LocMgr] Debug: send GPS stop to TARVI fail",
+                             "%s: [LocMgr] Debug: Sending GPS stop to TARVI"};
+constexpr RunKind kQuickTtffRun = {CommandType::QUICK_TTFF,
+                                   false,
+                                   "%s: [LocMgr] Debug: send Quick TTFF start to TARVI fail",
+                                   "%s: [LocMgr] Debug: Sending Quick TTFF start to TARVI",
+                                   "%s: [LocMgr] Debug: send Quick TTFF stop to TARVI fail",
+                                   "%s: [LocMgr] Debug: Sending Quick TTFF stop to TARVI"};
+
+void sendRunCommand(const RunKind& run, bool start) {
+    sp<fusd_v1_3::IFusdLbs> daemon = loadHandle(g_fusdLbsIface);
+    if (daemon == nullptr) return;
+    if (start) resetTimingOncePerRun();
+    bool sent = daemon->sendGnssStartCmd(run.type, start).isOk();
+    if (!start && run.stopEndsRun) tarviParamReset = false;
     if (sent) {
-        __android_log_print(ANDROID_LOG_INFO, LOG_TAG, okText, kLogPrefix);
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG, start ? run.startOk : run.stopOk,
+                            kLogPrefix);
     } else {
-        __android_log_print(ANDROID_LOG_WARN, LOG_TAG, failText, kLogPrefix);
+        __android_log_print(ANDROID_LOG_WARN, LOG_TAG, start ? run.startFail : run.stopFail,
+                            kLogPrefix);
     }
 }
 
@@ -51,8 +77,8 @@ bool sendLocationDataToTarvi(const gnss_v1_0::GnssLocation& location) {
                             "%s: [LocMgr] Debug: send GPS update to TARVI fail", kLogPrefix);
         return reportedByProvider(location.timestamp);
     }
-    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: [LocMgr] Debug: Sending GPS update to TARVI",
-                        kLogPrefix);
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
+                        "%s: [LocMgr] Debug: Sending GPS update to TARVI", kLogPrefix);
     int64_t dt = absDiffMs(location.timestamp, lastFusdLocUpdateTime);
     if (dt > kFusedFreshnessMs) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
@@ -69,34 +95,11 @@ bool sendLocationDataToTarvi(const gnss_v2_0::GnssLocation& location) {
 }
 
 void send_gnss_start_cmd_to_tarvi(bool start) {
-    sp<fusd_v1_3::IFusdLbs> daemon = loadHandle(g_fusdLbsIface);
-    if (daemon == nullptr) return;
-    if (start) {
-        resetTimingOncePerRun();
-        logCommand(sendCommand(daemon, CommandType::GPS, true),
-                   "%s: [LocMgr] Debug: send GPS start to TARVI fail",
-                   "%s: [LocMgr] Debug: Sending GPS start to TARVI");
-        return;
-    }
-    bool sent = sendCommand(daemon, CommandType::GPS, false);
-    tarviParamReset = false;
-    logCommand(sent, "%s: [LocMgr] Debug: send GPS stop to TARVI fail",
-               "%s: [LocMgr] Debug: Sending GPS stop to TARVI");
+    sendRunCommand(kGpsRun, start);
 }
 
 void send_quick_ttff_start_cmd_to_tarvi(bool start) {
-    sp<fusd_v1_3::IFusdLbs> daemon = loadHandle(g_fusdLbsIface);
-    if (daemon == nullptr) return;
-    if (start) {
-        resetTimingOncePerRun();
-        logCommand(sendCommand(daemon, CommandType::QUICK_TTFF, true),
-                   "%s: [LocMgr] Debug: send Quick TTFF start to TARVI fail",
-                   "%s: [LocMgr] Debug: Sending Quick TTFF start to TARVI");
-        return;
-    }
-    logCommand(sendCommand(daemon, CommandType::QUICK_TTFF, false),
-               "%s: [LocMgr] Debug: send Quick TTFF stop to TARVI fail",
-               "%s: [LocMgr] Debug: Sending Quick TTFF stop to TARVI");
+    sendRunCommand(kQuickTtffRun, start);
 }
 
 void reset_tarvi_param() {

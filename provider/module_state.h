@@ -9,6 +9,7 @@
 // waits for fusdMutex or for a call in flight.
 #pragma once
 
+#include <HidlUtil.h>
 #include <android/hardware/gnss/1.0/IGnssBatching.h>
 #include <android/hardware/gnss/1.0/IGnssCallback.h>
 #include <android/hardware/gnss/1.0/IGnssGeofenceCallback.h>
@@ -19,14 +20,14 @@
 #include <vendor/zendra/hardware/fusd/1.2/IFusdGnssCallback.h>
 #include <vendor/zendra/hardware/fusd/1.2/IFusdGnssInterface.h>
 #include <vendor/zendra/hardware/fusd/1.3/IFusdLbs.h>
-
-#include <HidlUtil.h>
 #include <zdgnssprovider.h>
 
 #include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <vector>
+
+#include "guarded_handle.h"
 
 class FusdDeathRecipient;
 
@@ -89,20 +90,12 @@ std::mutex& svStoreLock();
 
 template <typename T>
 android::sp<T> loadHandle(const android::sp<T>& handle) {
-    std::lock_guard<std::mutex> lock(handleLock());
-    return handle;
+    return copyHandle(handleLock(), handle);
 }
 
-// Takes the new reference before the old one is released; the old object is
-// released after the lock is dropped, so its destructor runs unlocked.
 template <typename T, typename U>
 void storeHandle(android::sp<T>& handle, const android::sp<U>& value) {
-    android::sp<T> previous;
-    {
-        std::lock_guard<std::mutex> lock(handleLock());
-        previous = handle;
-        handle = value;
-    }
+    replaceHandle(handleLock(), handle, value);
 }
 
 template <typename T>
