@@ -72,7 +72,8 @@ sp<FakeFusd::Lbs> FakeFusd::newDaemon(const sp<ServiceProcess>& process) {
         GnssInterface::Listener listener = [this](const sp<GnssCallback>& cb) {
             runNested(cb, nullptr);
         };
-        return makeFake<GnssInterface>(mParty, process, "IFusdGnssInterface", listener);
+        return makeFake<GnssInterface>(mParty, process, "IFusdGnssInterface", mFeedListener,
+                                       listener);
     };
     auto geofence = [this, process]() -> sp<IBase> {
         GeofenceInterface::Listener listener = [this](const sp<GeofenceCallback>& cb) {
@@ -183,6 +184,21 @@ bool FakeFusd::deliver(const DaemonCall& call, std::string* error) {
     }
     zdhost::pool::deliverCall([&] { (void)call.toGeofence(*cb).isOk(); });
     return true;
+}
+
+sp<FakeFusd::GnssCallback> FakeFusd::gnssCallback() {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mLbs == nullptr ? nullptr : keptCallback<GnssInterface>(mLbs->extensions(), "gnss");
+}
+
+sp<FakeFusd::GeofenceCallback> FakeFusd::geofenceCallback() {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mLbs == nullptr ? nullptr
+                           : keptCallback<GeofenceInterface>(mLbs->extensions(), "geofence");
+}
+
+void FakeFusd::setFeedListener(FeedListener* listener) {
+    mFeedListener.store(listener);
 }
 
 void FakeFusd::runNested(const sp<GnssCallback>& gnss, const sp<GeofenceCallback>& geofence) {

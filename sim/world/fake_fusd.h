@@ -7,6 +7,7 @@
 #include <vendor/zendra/hardware/fusd/1.2/IFusdGnssCallback.h>
 #include <zdhost/runtime.h>
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -14,6 +15,7 @@
 
 #include "daemon_calls.h"
 #include "fake_objects.h"
+#include "feed_tap.h"
 #include "party.h"
 #include "recording_stubs.h"
 #include "values.h"
@@ -32,11 +34,20 @@ class FakeFusd {
     // A fresh world: no daemon, no knobs, nothing pending.
     void reset();
 
+    const Party& party() const { return mParty; }
+    // The callbacks the library registered with the running daemon's sub-interfaces;
+    // null while the daemon is down or before the registration.
+    android::sp<vendor::zendra::hardware::fusd::V1_2::IFusdGnssCallback> gnssCallback();
+    android::sp<vendor::zendra::hardware::fusd::V1_2::IFusdGeofenceCallback> geofenceCallback();
+    // Told of every feed call the daemon's GNSS interface takes in (after its transcript
+    // line, and only when it goes through); null for none.
+    void setFeedListener(FeedListener* listener);
+
   private:
     using GnssCallback = vendor::zendra::hardware::fusd::V1_2::IFusdGnssCallback;
     using GeofenceCallback = vendor::zendra::hardware::fusd::V1_2::IFusdGeofenceCallback;
     using Lbs = WithExtensions<RecordingIFusdLbs_V1_3>;
-    using GnssInterface = CallbackKeeper<RecordingIFusdGnssInterface_V1_2, GnssCallback>;
+    using GnssInterface = FeedTap<CallbackKeeper<RecordingIFusdGnssInterface_V1_2, GnssCallback>>;
     using GeofenceInterface =
         CallbackKeeper<RecordingIFusdGeofenceInterface_V1_2, GeofenceCallback>;
 
@@ -56,6 +67,7 @@ class FakeFusd {
     android::sp<Lbs> mLbs;
     int64_t mLookupsUntilRegister = 0;  // 0: no registration waits for a look-up
     std::vector<DaemonCall> mNested;
+    std::atomic<FeedListener*> mFeedListener{nullptr};
 };
 
 }  // namespace sim

@@ -27,6 +27,8 @@ class FakeVhal {
     // A fresh world: nothing registered, no knobs, HIDL version 1.
     void reset();
 
+    const Party& party() const { return mParty; }
+
   private:
     using SuplCallback = vendor::zendra::hardware::gnss::V1_0::IZDAGpsSuplFqdnCallback;
     using SuplFqdn = CallbackKeeper<RecordingIZDAGpsSuplFqdn_V1_0, SuplCallback>;

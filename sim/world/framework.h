@@ -24,6 +24,8 @@ class Framework {
     // A fresh world: no knobs, hook A in the record.
     void reset();
 
+    const Party& party() const { return mParty; }
+
     android::sp<android::hardware::gnss::V2_0::IGnssCallback> gnssCb() const { return mGnssCb; }
     android::sp<android::hardware::gnss::V1_0::IGnssGeofenceCallback> geofenceCb() const {
         return mGeofenceCb;

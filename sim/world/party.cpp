@@ -135,6 +135,16 @@ void Party::setAnswer(const std::string& key, const std::string& value) {
     mAnswers[key] = value;
 }
 
+std::map<std::string, std::vector<Operation>> Party::interfaces() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mInterfaces;
+}
+
+std::set<std::string> Party::features() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mFeatures;
+}
+
 bool Party::provides(const std::string& feature) const {
     std::lock_guard<std::mutex> lock(mLock);
     return mWithheld.count(feature) == 0;

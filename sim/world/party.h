@@ -45,6 +45,10 @@ class Party {
     bool answerFor(const std::string& key, Token* value) const;
     void setAnswer(const std::string& key, const std::string& value);
     bool provides(const std::string& feature) const;
+    // Every declared interface with its operations, by interface name.
+    std::map<std::string, std::vector<Operation>> interfaces() const;
+    // Every declared feature (`provide FEATURE yes|no`).
+    std::set<std::string> features() const;
 
     // Forgets every knob (a fresh world).
     void reset();

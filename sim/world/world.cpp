@@ -59,3 +59,44 @@ FdCallback* World::fdCallback() {
 }
 
 }  // namespace sim
+
+namespace sim {
+
+android::sp<vendor::zendra::hardware::fusd::V1_2::IFusdGnssCallback> World::fusdGnssCallback() {
+    return mParts->fusd.gnssCallback();
+}
+
+android::sp<vendor::zendra::hardware::fusd::V1_2::IFusdGeofenceCallback>
+World::fusdGeofenceCallback() {
+    return mParts->fusd.geofenceCallback();
+}
+
+void World::setFeedListener(FeedListener* listener) {
+    mParts->fusd.setFeedListener(listener);
+}
+
+std::vector<World::RemoteOperation> World::remoteOperations() const {
+    std::vector<RemoteOperation> all;
+    for (const Party* party :
+         {&mParts->fusd.party(), &mParts->vhal.party(), &mParts->framework.party()}) {
+        for (const auto& [iface, operations] : party->interfaces()) {
+            for (const Operation& operation : operations) {
+                all.push_back({party->prefix(), iface, operation});
+            }
+        }
+    }
+    return all;
+}
+
+std::vector<std::pair<std::string, std::string>> World::features() const {
+    std::vector<std::pair<std::string, std::string>> all;
+    for (const Party* party :
+         {&mParts->fusd.party(), &mParts->vhal.party(), &mParts->framework.party()}) {
+        for (const std::string& feature : party->features()) {
+            all.emplace_back(party->prefix(), feature);
+        }
+    }
+    return all;
+}
+
+}  // namespace sim

@@ -5,11 +5,15 @@
 #include <android/hardware/gnss/1.0/IGnssGeofenceCallback.h>
 #include <android/hardware/gnss/2.0/IGnssCallback.h>
 #include <utils/RefBase.h>
+#include <vendor/zendra/hardware/fusd/1.2/IFusdGeofenceCallback.h>
+#include <vendor/zendra/hardware/fusd/1.2/IFusdGnssCallback.h>
 #include <zdgnssprovider.h>
 
 #include <string>
 #include <vector>
 
+#include "feed_tap.h"
+#include "party.h"
 #include "values.h"
 
 namespace sim {
@@ -24,6 +28,24 @@ class World {
     android::sp<android::hardware::gnss::V1_0::IGnssGeofenceCallback> geofenceCb();
     android::sp<FdCorvaneCallback_> corvaneCb();
     FdCallback* fdCallback();
+
+    // The callbacks the library registered with the running fusion daemon (null while it
+    // is down or before the registration): calls on them are the daemon's reports.
+    android::sp<vendor::zendra::hardware::fusd::V1_2::IFusdGnssCallback> fusdGnssCallback();
+    android::sp<vendor::zendra::hardware::fusd::V1_2::IFusdGeofenceCallback> fusdGeofenceCallback();
+    // Told of every feed call the running daemon takes in; null for none.
+    void setFeedListener(FeedListener* listener);
+
+    // Every operation of every fake the library can call ("fusd", "vhal", "fw" parties),
+    // from the generated interface lists: the knobs `fail`/`answer` take these names.
+    struct RemoteOperation {
+        std::string party;  // fusd, vhal or fw
+        std::string iface;  // as in knobs: IFusdLbs, IZDGnss2.0, gnssCb ...
+        Operation operation;
+    };
+    std::vector<RemoteOperation> remoteOperations() const;
+    // The features each party can withhold (`provide FEATURE no`), as party -> features.
+    std::vector<std::pair<std::string, std::string>> features() const;
 
   private:
     struct Parts;
