@@ -8,6 +8,7 @@
 #include <string>
 
 #include "lexer.h"
+#include "replay/replay_cli.h"
 #include "scenario.h"
 #include "transcript.h"
 
@@ -15,6 +16,7 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: zdgnss-sim [--check] [--quiet] FILE.scn\n"
+    "       zdgnss-sim replay CAPTURE [options]   (zdgnss-sim replay --help)\n"
     "  Runs the scenario and prints its transcript.\n"
     "  --check  also holds the expectations: exit 1 at the first that fails\n"
     "  --quiet  print no transcript (failures and errors still print)\n"
@@ -53,6 +55,9 @@ bool readFile(const std::string& path, std::string* text) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc >= 2 && strcmp(argv[1], "replay") == 0) {
+        return replay::replayMain(std::vector<std::string>(argv + 2, argv + argc));
+    }
     Options options;
     if (!parseOptions(argc, argv, &options)) {
         std::cerr << kUsage;

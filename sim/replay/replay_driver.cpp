@@ -1,0 +1,281 @@
+#include "replay_driver.h"
+
+#include <zdgnssprovider.h>
+#include <zdhost/platform_control.h>
+#include <zdhost/runtime.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "framework_tap.h"
+#include "log_watch.h"
+#include "objects.h"
+#include "standin_engine.h"
+#include "transcript.h"
+#include "world/world.h"
+
+namespace replay {
+
+namespace {
+
+using android::sp;
+namespace V1_0 = android::hardware::gnss::V1_0;
+namespace V2_0 = android::hardware::gnss::V2_0;
+
+constexpr int64_t kSecondMs = 1000;
+constexpr unsigned kNmeaSizeGuard = 10240;
+
+class Replay {
+  public:
+    Replay(const Capture& capture, const ReplayOptions& options)
+        : mCapture(capture),
+          mOptions(options),
+          mEngine(options.latencyMs, options.jitterMs, options.coastMs, options.seed) {}
+
+    ReplayReport run();
+
+  private:
+    void startUp();
+    void shutDown();
+    void runCycle(int index, const Cycle& cycle, CycleRecord* record);
+    void daemonEvents(int index);
+    void feedNmea(const Cycle& cycle, int64_t timestamp, CycleRecord* record);
+    void sendChunk(const std::string& chunk, int64_t timestamp, CycleRecord* record);
+    void feedSatellites(const CycleContent& content, CycleRecord* record);
+    void feedFix(const CycleContent& content, CycleRecord* record);
+    void deliverFused(int64_t untilMs);
+    int64_t nmeaTimestamp(int index, const CycleContent& content);
+    void note(const std::string& line);
+    bool daemon(const std::string& verb);
+
+    const Capture& mCapture;
+    const ReplayOptions& mOptions;
+    StandInEngine mEngine;
+    CycleDecoder mDecoder;
+    sp<FrameworkTap> mTap;
+    sp<V2_0::IGnssCallback> mFramework;  // the world's recording callback
+    bool mDaemonUp = false;
+    bool mConnected = false;
+    int64_t mLastUtcMs = -1;
+    int mLastUtcIndex = 0;
+};
+
+ReplayReport Replay::run() {
+    ReplayReport report;
+    report.capture = mOptions.capture;
+    report.hal = mOptions.hal;
+    report.burst = mOptions.burst;
+    report.latencyMs = mOptions.latencyMs;
+    report.jitterMs = mOptions.jitterMs;
+    report.coastMs = mOptions.coastMs;
+    report.sentences = mCapture.sentenceCount;
+    startUp();
+    report.cycles.resize(mCapture.cycles.size());
+    for (size_t i = 0; i < mCapture.cycles.size(); ++i) {
+        runCycle(static_cast<int>(i), mCapture.cycles[i], &report.cycles[i]);
+    }
+    shutDown();
+    return report;
+}
+
+void Replay::note(const std::string& line) {
+    if (mOptions.transcript) sim::Transcript::get().emit("replay " + line);
+}
+
+bool Replay::daemon(const std::string& verb) {
+    std::string error;
+    const bool ok = sim::World::get().command("fusd", {sim::Token{verb, false}}, &error);
+    zdhost::pool::drain();  // death notices and reconnection run on runtime threads
+    if (!ok) note(verb + " refused: " + error);
+    return ok;
+}
+
+// The provider's start: the daemon is up, the library connects, the framework's callbacks
+// are registered, batching runs (so a restart has something to replay), GPS starts.
+void Replay::startUp() {
+    sim::Transcript::get().setEcho(mOptions.transcript);
+    LogWatch::get().install(mOptions.transcript);
+    sim::World::get().start();
+    sim::World::get().setFeedListener(&mEngine);
+    zdhost::platform::setProperty("ro.connectivity.sub_chiptype", "vk7705");
+    mFramework = sim::World::get().gnssCb();
+    mTap = new FrameworkTap(mFramework);
+    sim::ObjectNames::get().assign(mTap.get(), "gnssCb", false);
+    mDaemonUp = daemon("register");
+    LogMark mark;
+    fusionD_init();
+    zdhost::pool::drain();
+    mConnected = mark.since(Seen::kConnected) > 0;
+    registerCallback(mTap, sim::World::get().geofenceCb(), sim::World::get().corvaneCb());
+    if (mOptions.batching) {
+        V1_0::IGnssBatching::Options batching{};
+        batching.periodNanos = 1000000000;
+        set_batchingOptions(batching);
+        set_batching_status(1);
+    }
+    send_gnss_start_cmd_to_tarvi(true);
+    if (mOptions.intervalMs != -1) {
+        setFusdGnssMinReportingInterval(static_cast<int>(mOptions.intervalMs));
+    }
+}
+
+void Replay::shutDown() {
+    send_gnss_start_cmd_to_tarvi(false);
+    zdhost::pool::drain();
+    sim::World::get().setFeedListener(nullptr);
+    sim::Transcript::get().takeSegment();
+}
+
+void Replay::runCycle(int index, const Cycle& cycle, CycleRecord* record) {
+    const int64_t startMs = index * kSecondMs;
+    mEngine.setNow(startMs);
+    const LogMark mark;
+    const CycleContent content = mDecoder.decode(cycle);
+    record->index = index;
+    record->utcLabel = content.utcLabel;
+    record->skipped = content.skipped;
+    note("second " + std::to_string(index) + " " + content.utcLabel);
+    daemonEvents(index);
+    feedNmea(cycle, nmeaTimestamp(index, content), record);
+    feedSatellites(content, record);
+    feedFix(content, record);
+    mEngine.endOfSecond(startMs);
+    deliverFused(startMs + kSecondMs);
+
+    record->fusedForwarded =
+        static_cast<int>(mark.since(Seen::kFusedForwarded) + mark.since(Seen::kFusedNoCallback));
+    record->fusedDropped = static_cast<int>(mark.since(Seen::kFusedDropped));
+    record->rmcValidTrue = mEngine.takeRmcValid(true);
+    record->rmcValidFalse = mEngine.takeRmcValid(false);
+    record->daemonDied = mark.since(Seen::kDaemonDied) > 0;
+    record->reconnected = mark.since(Seen::kConnected) > 0;
+    record->batchingReplayed = mark.since(Seen::kBatchingReplayed) > 0;
+    record->daemonUp = mDaemonUp;
+    if (!mOptions.transcript) sim::Transcript::get().takeSegment();  // keep no history
+}
+
+void Replay::daemonEvents(int index) {
+    const LogMark mark;
+    const auto at = [index](const std::vector<int>& seconds) {
+        return std::find(seconds.begin(), seconds.end(), index) != seconds.end();
+    };
+    if (at(mOptions.killAt) && mDaemonUp && daemon("kill")) {
+        mDaemonUp = false;
+        mEngine.forget();
+    }
+    if (at(mOptions.restartAt) && !mDaemonUp) mDaemonUp = daemon("register");
+    if (mark.since(Seen::kDaemonDied) > 0) mConnected = false;
+    if (mark.since(Seen::kConnected) > 0) mConnected = true;
+}
+
+// The time stamp the HAL gives NMEA: the cycle's fix time, else the last one carried on by
+// the seconds since, else the virtual time.
+int64_t Replay::nmeaTimestamp(int index, const CycleContent& content) {
+    if (content.hasFix) {
+        mLastUtcMs = content.fix.timestamp;
+        mLastUtcIndex = index;
+        return mLastUtcMs;
+    }
+    if (mLastUtcMs >= 0) return mLastUtcMs + (index - mLastUtcIndex) * kSecondMs;
+    return index * kSecondMs;
+}
+
+void Replay::feedNmea(const Cycle& cycle, int64_t timestamp, CycleRecord* record) {
+    if (!mOptions.burst) {
+        for (const std::string& line : cycle.lines) sendChunk(line, timestamp, record);
+        return;
+    }
+    std::string burst;
+    for (const std::string& line : cycle.lines) burst += line + "\r\n";
+    sendChunk(burst, timestamp, record);
+}
+
+// One chunk to the NMEA feed, and why it sent no update when it did not. The library says
+// why only for some refusals; the silent ones are told apart by the chunk and the link.
+void Replay::sendChunk(const std::string& chunk, int64_t timestamp, CycleRecord* record) {
+    const LogMark mark;
+    const uint64_t updatesBefore = mEngine.nmeaUpdates();
+    send_nmea_update_to_tarvi(timestamp, chunk.c_str(), static_cast<unsigned>(chunk.size()));
+    ++record->nmeaChunks;
+    if (mEngine.nmeaUpdates() != updatesBefore) return;
+    const char* reason = "no $GPRMC sentence";
+    if (mark.since(Seen::kNmeaTooLong) > 0) {
+        reason = "RMC tail of 256+ characters";
+    } else if (mark.since(Seen::kNmeaCopyFailed) > 0) {
+        reason = "bounded copy failed";
+    } else if (mark.since(Seen::kNmeaSendFailed) > 0) {
+        reason = "transport failure";
+    } else if (chunk.size() > kNmeaSizeGuard) {
+        reason = "over 10240 bytes";
+    } else if (!mConnected) {
+        reason = "daemon not connected";
+    }
+    ++record->chunksRejected[reason];
+}
+
+void Replay::feedSatellites(const CycleContent& content, CycleRecord* record) {
+    if (!content.hasSatellites) return;
+    record->satelliteReport = true;
+    if (mOptions.hal == "1.0") {
+        const V1_0::IGnssCallback::GnssSvStatus status = toSvStatusV1(content.satellites);
+        sendSvInfo(status);
+        (void)mFramework->gnssSvStatusCb(status).isOk();  // the provider's own report
+        record->usedBefore = usedGps(status);
+    } else {
+        const auto list = toSvInfoListV2(content.satellites);
+        sendSvInfo(list);
+        (void)mFramework->gnssSvStatusCb_2_0(list).isOk();
+        record->usedBefore = usedGps(list);
+    }
+    record->usedAfter = record->usedBefore;
+}
+
+// The fix goes to the library; when it answers false the provider reports the fix itself.
+// Then the provider asks for the satellite list to be padded.
+void Replay::feedFix(const CycleContent& content, CycleRecord* record) {
+    if (!content.hasFix) return;
+    record->hasFix = true;
+    const LogMark mark;
+    mTap->takeLastListUsed();
+    if (mOptions.hal == "1.0") {
+        if (!sendLocationDataToTarvi(content.fix)) {
+            note("provider reports the fix");
+            (void)mFramework->gnssLocationCb(content.fix).isOk();
+            record->providerReported = true;
+        }
+        addSvList(content.fix);
+    } else {
+        V2_0::GnssLocation location{};
+        location.v1_0 = content.fix;
+        if (!sendLocationDataToTarvi(location)) {
+            note("provider reports the fix");
+            (void)mFramework->gnssLocationCb_2_0(location).isOk();
+            record->providerReported = true;
+        }
+        addSvList(location);
+    }
+    record->padded = mark.since(Seen::kPaddingStarted) > 0;
+    const int reported = mTap->takeLastListUsed();
+    if (reported >= 0) record->usedAfter = reported;
+}
+
+void Replay::deliverFused(int64_t untilMs) {
+    for (const FusedReport& report : mEngine.takeDue(untilMs)) {
+        sp<vendor::zendra::hardware::fusd::V1_2::IFusdGnssCallback> callback =
+            sim::World::get().fusdGnssCallback();
+        if (callback == nullptr) continue;  // the daemon is down: its reports went with it
+        note("daemon reports a fused location due at " + std::to_string(report.dueMs) + " ms");
+        zdhost::pool::deliverCall(
+            [&] { (void)callback->reportFusdLocation(report.location).isOk(); });
+    }
+}
+
+}  // namespace
+
+ReplayReport runReplay(const Capture& capture, const ReplayOptions& options) {
+    Replay replay(capture, options);
+    return replay.run();
+}
+
+}  // namespace replay

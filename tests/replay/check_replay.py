@@ -1,0 +1,135 @@
+"""End-to-end checks of `zdgnss-sim replay` on the real captures.
+
+Usage: check_replay.py ZDGNSS_SIM CAPTURE_DIR WORK_DIR
+"""
+
+import glob
+import os
+import re
+import subprocess
+import sys
+import unittest
+import xml.etree.ElementTree as ElementTree
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import capture_tally  # noqa: E402
+
+SIM, CAPTURES, WORK = sys.argv[1:4] if len(sys.argv) >= 4 else (None, None, None)
+SVG_NS = "{http://www.w3.org/2000/svg}"
+FIGURE = re.compile(r"^\s*(\S.*?)\s{2,}(-?\d+)\s*$")
+
+
+def capture(name):
+    return os.path.join(CAPTURES, name)
+
+
+def replay(path, *options):
+    result = subprocess.run([SIM, "replay", path, *options], capture_output=True, text=True,
+                            timeout=300)
+    return result
+
+
+def figures(summary):
+    found = {}
+    for line in summary.splitlines():
+        match = FIGURE.match(line)
+        if match:
+            found[match.group(1)] = int(match.group(2))
+    return found
+
+
+class EveryCapture(unittest.TestCase):
+    def test_every_capture_replays_in_each_mode_and_draws_one_row_per_cycle(self):
+        paths = sorted(glob.glob(os.path.join(CAPTURES, "*.log")))
+        self.assertEqual(len(paths), 9)
+        modes = [[], ["--hal", "1.0"], ["--burst", "--jitter", "300"]]
+        for path in paths:
+            for mode in modes:
+                svg = os.path.join(WORK, os.path.basename(path) + ".svg")
+                result = replay(path, *mode, "--svg", svg)
+                label = "%s %s" % (os.path.basename(path), " ".join(mode))
+                self.assertEqual(result.returncode, 0, label + "\n" + result.stderr)
+                counts = figures(result.stdout)
+                self.assertGreater(counts["cycles"], 0, label)
+                tree = ElementTree.parse(svg)  # raises on XML that is not well formed
+                rows = [g for g in tree.iter(SVG_NS + "g") if g.get("class") == "cycle"]
+                self.assertEqual(len(rows), counts["cycles"], label)
+                self.assertEqual([int(g.get("data-index")) for g in rows],
+                                 list(range(counts["cycles"])), label)
+
+
+class CountsAgainstTally(unittest.TestCase):
+    """Per-sentence replays against a count of the capture made without the replay's code."""
+
+    RECEIVERS = ["gpsd-haicom-305N.log", "gpsd-quectel.log", "gpsd-ublox-neo-m9n-nmea.log",
+                 "gpsd-telit-pls83-w.log"]
+
+    def test_counts(self):
+        for name in self.RECEIVERS:
+            with self.subTest(capture=name):
+                expected = capture_tally.tally(capture(name))
+                result = replay(capture(name), "--coast", "0")
+                self.assertEqual(result.returncode, 0, result.stderr)
+                got = figures(result.stdout)
+                self.assertEqual(got["sentences"], expected["sentences"])
+                self.assertEqual(got["NMEA chunks sent"], expected["sentences"])
+                self.assertEqual(got["cycles"], expected["seconds"])
+                self.assertEqual(got["fixes"], expected["fixes"])
+                self.assertEqual(got["RMC valid sent true"], expected["rmc_true"])
+                self.assertEqual(got["RMC valid sent false"], expected["rmc_false"])
+                self.assertEqual(got.get("rejected: no $GPRMC sentence", 0),
+                                 expected["no_gprmc"])
+                self.assertEqual(got.get("rejected: RMC tail of 256+ characters", 0),
+                                 expected["rmc_too_long"])
+                # Without coasting, every fix is answered by exactly one fused location
+                # within its second: each is either forwarded or dropped by the interval.
+                self.assertEqual(got["fused locations forwarded"] +
+                                 got["fused locations dropped (interval rule)"],
+                                 expected["fixes"])
+                # The first fix of the run has no fused location near it.
+                self.assertGreaterEqual(got["locations reported by the provider"], 1)
+
+
+class DaemonCrash(unittest.TestCase):
+    def test_kill_and_restart_mid_replay_reconnects_and_replays_batching(self):
+        result = replay(capture("gpsd-haicom-305N.log"), "--kill-at", "30", "--restart-at",
+                        "40", "--transcript")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        got = figures(result.stdout)
+        self.assertEqual(got["daemon deaths"], 1)
+        self.assertEqual(got["reconnections"], 1)
+        self.assertEqual(got["batching replays"], 1)
+        self.assertEqual(got["seconds daemon down"], 10)
+        self.assertGreater(got.get("rejected: daemon not connected", 0), 0)
+        lines = result.stdout.splitlines()
+
+        def first(text, start=0):
+            for i in range(start, len(lines)):
+                if text in lines[i]:
+                    return i
+            self.fail("no line with %r after line %d" % (text, start))
+
+        died = first("fusd hidl service was dead, start clear")
+        back = first("replay second 40 ", died)
+        reconnected = first("get fusd service successful", back)
+        start = first("fusd IGnssBatchingInterface.start(", reconnected)
+        first("run fusd batching start [1]", start)
+        # Fused locations reach the framework again after the restart.
+        first("get location from Tarvi1.5", start)
+
+    def test_without_batching_nothing_is_replayed(self):
+        result = replay(capture("gpsd-haicom-305N.log"), "--kill-at", "5", "--restart-at", "6",
+                        "--no-batching")
+        got = figures(result.stdout)
+        self.assertEqual((got["reconnections"], got["batching replays"]), (1, 0))
+
+
+class CommandLine(unittest.TestCase):
+    def test_bad_command_lines_exit_2(self):
+        for words in (["--hal", "3.0"], ["--latency"], ["--kill-at", "-1"], ["--frobnicate"]):
+            self.assertEqual(replay(capture("gpsd-mtk-3301.log"), *words).returncode, 2, words)
+        self.assertEqual(replay(os.path.join(WORK, "missing.log")).returncode, 2)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], "-v"])
