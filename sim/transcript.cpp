@@ -11,7 +11,14 @@ Transcript& Transcript::get() {
     return *transcript;
 }
 
+std::atomic<bool> Transcript::sKept{true};
+
+void Transcript::setKept(bool kept) {
+    sKept = kept;
+}
+
 void Transcript::emit(const std::string& line) {
+    if (!kept()) return;
     std::lock_guard<std::mutex> lock(mLock);
     mSegment.push_back(line);
     if (mEcho) {

@@ -1,6 +1,7 @@
 // The run's transcript: every observable event, one line each, in order.
 #pragma once
 
+#include <atomic>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -16,11 +17,16 @@ class Transcript {
     // Starts a new segment (the lines of one command) and returns the previous one.
     std::vector<std::string> takeSegment();
     void setEcho(bool echo);  // print each line to stdout as it is emitted
+    // Whether lines are kept at all (true unless told otherwise). A run that wants only its
+    // outcome turns this off: emit() then drops every line, and the fakes format nothing.
+    static void setKept(bool kept);
+    static bool kept() { return sKept.load(std::memory_order_relaxed); }
 
   private:
     std::mutex mLock;
     std::vector<std::string> mSegment;
     bool mEcho = true;
+    static std::atomic<bool> sKept;
 };
 
 }  // namespace sim

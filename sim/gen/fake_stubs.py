@@ -178,7 +178,9 @@ def answer_expression(method):
 def method_definition(cls, method):
     args = ", ".join("::sim::fmt(%s)" % name for _, name in method.params)
     return """%s {
-    if (!mRecorder.enter("%s", {%s})) return ::zdhost::transportError();
+    if (!mRecorder.enter("%s", [&] { return std::vector<std::string>{%s}; })) {
+        return ::zdhost::transportError();
+    }
     %s;
 }
 """ % (signature(method, cls), method.name, args, answer_expression(method))

@@ -95,6 +95,7 @@ bool Replay::daemon(const std::string& verb) {
 // are registered, batching runs (so a restart has something to replay), GPS starts.
 void Replay::startUp() {
     sim::Transcript::get().setEcho(mOptions.transcript);
+    sim::Transcript::setKept(mOptions.transcript);
     LogWatch::get().install(mOptions.transcript);
     sim::World::get().start();
     sim::World::get().setFeedListener(&mEngine);

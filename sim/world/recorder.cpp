@@ -11,18 +11,11 @@ using android::hardware::hidl_death_recipient;
 using android::hardware::Return;
 using android::hidl::base::V1_0::IBase;
 
-namespace {
-std::string callText(const std::string& iface, const char* op,
-                     std::initializer_list<std::string> args) {
-    std::string text = iface + "." + op + "(";
-    bool first = true;
-    for (const std::string& arg : args) {
-        text += (first ? "" : ", ") + arg;
-        first = false;
-    }
+std::string Recorder::callText(const char* op, const std::vector<std::string>& args) const {
+    std::string text = mIface + "." + op + "(";
+    for (size_t i = 0; i < args.size(); ++i) text += (i == 0 ? "" : ", ") + args[i];
     return text + ")";
 }
-}  // namespace
 
 void Recorder::emit(const std::string& call, bool failed) const {
     Transcript::get().emit(mParty->prefix() + " " + call + (failed ? " -> transport-error" : ""));
@@ -30,14 +23,14 @@ void Recorder::emit(const std::string& call, bool failed) const {
 
 bool Recorder::enter(const char* op, std::initializer_list<std::string> args) {
     bool failed = mParty->takeFailure(key(op)) || processDead();
-    emit(callText(mIface, op, args), failed);
+    emit(callText(op, std::vector<std::string>(args)), failed);
     return !failed;
 }
 
 Return<bool> Recorder::linkToDeath(IBase* self, const sp<hidl_death_recipient>& recipient,
                                    uint64_t cookie) {
     const char* op = "linkToDeath";
-    std::string call = callText(mIface, op, {fmt(recipient), fmt(cookie)});
+    std::string call = callText(op, {fmt(recipient), fmt(cookie)});
     if (mParty->takeFailure(key(op))) {
         emit(call, true);
         return zdhost::transportError();
@@ -50,7 +43,7 @@ Return<bool> Recorder::linkToDeath(IBase* self, const sp<hidl_death_recipient>& 
 
 Return<bool> Recorder::unlinkToDeath(const sp<hidl_death_recipient>& recipient) {
     const char* op = "unlinkToDeath";
-    std::string call = callText(mIface, op, {fmt(recipient)});
+    std::string call = callText(op, {fmt(recipient)});
     if (mParty->takeFailure(key(op))) {
         emit(call, true);
         return zdhost::transportError();

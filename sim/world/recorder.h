@@ -12,8 +12,10 @@
 #include <initializer_list>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 #include "party.h"
+#include "transcript.h"
 
 namespace sim {
 
@@ -25,9 +27,18 @@ class Recorder {
     Recorder(Party& party, android::sp<zdhost::ServiceProcess> process, std::string iface)
         : mParty(&party), mProcess(std::move(process)), mIface(std::move(iface)) {}
 
+    const std::string& iface() const { return mIface; }
+
     // Prints `PREFIX IFACE.OP(ARGS)`, with ` -> transport-error` appended when the call
     // fails; returns whether it goes through.
     bool enter(const char* op, std::initializer_list<std::string> args);
+    // The same, formatting the arguments only when the transcript is kept.
+    template <typename FormatArgs>
+    bool enter(const char* op, const FormatArgs& formatArgs) {
+        const bool failed = mParty->takeFailure(key(op)) || processDead();
+        if (Transcript::kept()) emit(callText(op, formatArgs()), failed);
+        return !failed;
+    }
 
     // The answer the party's knobs give IFACE.OP, else `fallback`.
     template <typename T>
@@ -49,6 +60,7 @@ class Recorder {
     std::string key(const char* op) const { return mIface + "." + op; }
     bool processDead() const { return mProcess != nullptr && !mProcess->alive(); }
     void emit(const std::string& call, bool failed) const;
+    std::string callText(const char* op, const std::vector<std::string>& args) const;
 
     template <typename T>
     static T convert(const Token& value, T fallback) {
