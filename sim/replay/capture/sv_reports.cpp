@@ -1,0 +1,54 @@
+// The satellite reports a 1.0 and a 2.0 HAL would send for a cycle's satellites.
+#include <algorithm>
+
+#include "capture.h"
+#include "satellites.h"
+
+namespace replay {
+namespace {
+
+namespace gnss_v1 = android::hardware::gnss::V1_0;
+namespace gnss_v2 = android::hardware::gnss::V2_0;
+
+// Only whether the fix used the satellite is known from NMEA; ephemeris and almanac
+// availability are not, so those flags stay clear.
+gnss_v1::IGnssCallback::GnssSvInfo toSvInfoV1(const SatelliteView& view) {
+    gnss_v1::IGnssCallback::GnssSvInfo info{};
+    info.svid = view.svid;
+    // 1.0 has no IRNSS; it reports such satellites as of an unknown constellation.
+    uint8_t constellation = view.constellation;
+    if (constellation == kIrnss) constellation = kUnknownConstellation;
+    info.constellation = static_cast<gnss_v1::GnssConstellationType>(constellation);
+    info.cN0Dbhz = view.cn0Dbhz;
+    info.elevationDegrees = view.elevationDegrees;
+    info.azimuthDegrees = view.azimuthDegrees;
+    info.carrierFrequencyHz = 0;
+    info.svFlag =
+        view.usedInFix ? static_cast<uint8_t>(gnss_v1::IGnssCallback::GnssSvFlags::USED_IN_FIX) : 0;
+    return info;
+}
+
+}  // namespace
+
+gnss_v1::IGnssCallback::GnssSvStatus toSvStatusV1(const std::vector<SatelliteView>& satellites) {
+    gnss_v1::IGnssCallback::GnssSvStatus status{};
+    constexpr size_t kCapacity = static_cast<size_t>(gnss_v1::GnssMax::SVS_COUNT);
+    size_t count = std::min(satellites.size(), kCapacity);
+    status.numSvs = static_cast<uint32_t>(count);
+    for (size_t i = 0; i < count; ++i) status.gnssSvList[i] = toSvInfoV1(satellites[i]);
+    return status;
+}
+
+android::hardware::hidl_vec<gnss_v2::IGnssCallback::GnssSvInfo> toSvInfoListV2(
+    const std::vector<SatelliteView>& satellites) {
+    android::hardware::hidl_vec<gnss_v2::IGnssCallback::GnssSvInfo> list;
+    list.resize(satellites.size());
+    for (size_t i = 0; i < satellites.size(); ++i) {
+        list[i].v1_0 = toSvInfoV1(satellites[i]);
+        list[i].constellation =
+            static_cast<gnss_v2::GnssConstellationType>(satellites[i].constellation);
+    }
+    return list;
+}
+
+}  // namespace replay
