@@ -62,7 +62,8 @@ class CountsAgainstTally(unittest.TestCase):
     """Per-sentence replays against a count of the capture made without the replay's code."""
 
     RECEIVERS = ["gpsd-haicom-305N.log", "gpsd-quectel.log", "gpsd-ublox-neo-m9n-nmea.log",
-                 "gpsd-telit-pls83-w.log"]
+                 "gpsd-telit-pls83-w.log", "gpsd-mtk-3301.log", "gpsd-rx210.log",
+                 "gpsd-telit-he910.log"]
 
     def test_counts(self):
         for name in self.RECEIVERS:
