@@ -17,23 +17,23 @@ enum class Source { kNone, kReceiver, kFused, kBoth };
 
 // One output cycle (one second of the capture) as the replay drove and observed it.
 struct CycleRecord {
-    int index = 0;             // from 0
-    std::string utcLabel;      // "hh:mm:ss" from the capture, may be empty
-    bool hasFix = false;       // the cycle carried a position
+    int index = 0;                  // from 0
+    std::string utcLabel;           // "hh:mm:ss" from the capture, may be empty
+    bool hasFix = false;            // the cycle carried a position
     bool providerReported = false;  // sendLocationDataToTarvi said false: the provider reported it
-    int fusedForwarded = 0;    // fused locations the library passed to the framework
-    int fusedDropped = 0;      // fused locations held back by the reporting-interval rule
-    int nmeaChunks = 0;        // send_nmea_update_to_tarvi calls
-    int rmcValidTrue = 0;      // sendNmeaUpdate(true, ...) calls the daemon took in
-    int rmcValidFalse = 0;     // sendNmeaUpdate(false, ...) calls the daemon took in
+    int fusedForwarded = 0;         // fused locations the library passed to the framework
+    int fusedDropped = 0;           // fused locations held back by the reporting-interval rule
+    int nmeaChunks = 0;             // send_nmea_update_to_tarvi calls
+    int rmcValidTrue = 0;           // sendNmeaUpdate(true, ...) calls the daemon took in
+    int rmcValidFalse = 0;          // sendNmeaUpdate(false, ...) calls the daemon took in
     std::map<std::string, int> chunksRejected;  // reason -> chunks that sent no NMEA update
-    bool satelliteReport = false;  // sendSvInfo was called
-    int usedBefore = -1;       // satellites used in fix in the HAL's report; -1: no report yet
-    int usedAfter = -1;        // in the list the framework got last this second; -1: none
-    bool padded = false;       // the library added its entries this second
-    bool daemonUp = false;     // at the end of the second
-    bool daemonDied = false;   // the daemon died during the second
-    bool reconnected = false;  // the library reconnected during the second
+    bool satelliteReport = false;               // sendSvInfo was called
+    int usedBefore = -1;            // satellites used in fix in the HAL's report; -1: no report yet
+    int usedAfter = -1;             // in the list the framework got last this second; -1: none
+    bool padded = false;            // the library added its entries this second
+    bool daemonUp = false;          // at the end of the second
+    bool daemonDied = false;        // the daemon died during the second
+    bool reconnected = false;       // the library reconnected during the second
     bool batchingReplayed = false;  // ... and started batching again on the new daemon
     SkipCounts skipped;
 
@@ -41,9 +41,9 @@ struct CycleRecord {
 };
 
 struct ReplayReport {
-    std::string capture;       // file name as given
-    std::string hal = "2.0";   // "1.0" or "2.0"
-    bool burst = false;        // whole cycle as one NMEA chunk
+    std::string capture;      // file name as given
+    std::string hal = "2.0";  // "1.0" or "2.0"
+    bool burst = false;       // whole cycle as one NMEA chunk
     int64_t latencyMs = 0, jitterMs = 0, coastMs = 0;
     int sentences = 0;
     std::vector<CycleRecord> cycles;
@@ -55,6 +55,17 @@ struct ReplayReport {
     int fusedDropped() const;
     int deaths() const;
     int reconnections() const;
+    int nmeaChunks() const;
+    int rmcValidTrue() const;
+    int rmcValidFalse() const;
+    std::map<std::string, int> chunksRejected() const;  // reason -> chunks
+    int chunksRejectedTotal() const;
+    int satelliteReports() const;
+    int paddedSeconds() const;
+    int batchingReplays() const;
+    int daemonDownSeconds() const;     // cycles that ended with the daemon down
+    int seconds(Source source) const;  // cycles whose source() is this one
+    SkipCounts skipped() const;
 };
 
 // The default output: a plain-text table of the run's figures.

@@ -1,0 +1,135 @@
+// The timeline's title, options, totals and legend, and the column titles over each block.
+#include <string>
+#include <vector>
+
+#include "run_options.h"
+#include "svg_elements.h"
+#include "timeline_layout.h"
+
+namespace replay::timeline {
+namespace {
+
+constexpr int kLineHeight = 16;
+constexpr int kLegendTextX = 150;
+constexpr int kSwatchWidth = 12;
+
+struct LegendItem {
+    std::string swatchClass;  // empty: text only
+    std::string text;
+    std::string textClass;
+};
+
+struct LegendLine {
+    std::string lane;
+    std::vector<LegendItem> items;
+};
+
+const std::vector<LegendLine>& legend() {
+    static const std::vector<LegendLine> lines = {
+        {"source",
+         {{"src-receiver", "receiver: the provider reported the receiver's own fix", ""},
+          {"src-fused", "fused: the daemon's fused locations were forwarded", ""}}},
+        {"",
+         {{"src-both", "both in the same second", ""},
+          {"src-none", "none: no position reached the framework", ""}}},
+        {"fused", {{"", "fwd N: fused locations passed to the framework", ""}}},
+        {"",
+         {{"",
+           "drop N: held back, closer than the reporting interval minus 100 ms to the "
+           "last one delivered",
+           "drop"}}},
+        {"satellites used",
+         {{"used", "used in the receiver's fix", ""},
+          {"pad", "fake GPS entries the library added (fewer than 4 used)", ""},
+          {"", "dashed line: 4 used", "dim"}}},
+        {"",
+         {{"unknown", "used in the list the framework got, without a count from the receiver", ""},
+          {"", "numbers: receiver \u2192 framework", "dim"}}},
+        {"RMC valid",
+         {{"rmc-true", "true", ""},
+          {"rmc-false", "false: what the library told the daemon of the GPS RMC sentence", ""},
+          {"", "-: none", "dim"}}},
+        {"daemon",
+         {{"up", "up", ""},
+          {"down", "down at the end of the second", ""},
+          {"", "died / reconnected / +batching: during the second", "died"}}},
+        {"rejected",
+         {{"", "NMEA chunks that sent no update: reason, \u00d7N when N of them", "rej"}}},
+        {"skip",
+         {{"",
+           "sentences the decoder skipped (bad or no checksum, empty fields, "
+           "proprietary, unreadable)",
+           "dim"}}},
+        {"", {{"", "Hover over a row for all its figures.", "dim"}}},
+    };
+    return lines;
+}
+
+void writeLegendLine(const LegendLine& line, int baseline, std::ostream& out) {
+    svg::text(out, kMargin, baseline, line.lane, "lane");
+    int x = kLegendTextX;
+    for (const LegendItem& item : line.items) {
+        if (!item.swatchClass.empty()) {
+            svg::rect(out, x, baseline - 9, kSwatchWidth, 10, item.swatchClass);
+            x += kSwatchWidth + 4;
+        }
+        svg::text(out, x, baseline, item.text, item.textClass);
+        x += svg::textWidth(item.text) + 20;
+    }
+}
+
+std::string totalsLine(const ReplayReport& report) {
+    return std::to_string(report.cycles.size()) + " cycles, " + std::to_string(report.sentences) +
+           " sentences, " + std::to_string(report.fixes()) + " fixes; provider reported " +
+           std::to_string(report.providerReported()) + ", fused forwarded " +
+           std::to_string(report.fusedForwarded()) + ", dropped " +
+           std::to_string(report.fusedDropped()) + "; padded " +
+           std::to_string(report.paddedSeconds()) + " s; daemon deaths " +
+           std::to_string(report.deaths()) + ", reconnections " +
+           std::to_string(report.reconnections());
+}
+
+}  // namespace
+
+int writeHeading(const ReplayReport& report, std::ostream& out) {
+    int y = kMargin + 16;
+    out << "<g class=\"heading\">";
+    svg::text(out, kMargin, y, "Replay of " + report.capture, "title");
+    y += kLineHeight + 4;
+    svg::text(out, kMargin, y, describeOptions(report));
+    y += kLineHeight;
+    svg::text(out, kMargin, y, totalsLine(report));
+    out << "</g>\n<g class=\"legend\">";
+    y += kLineHeight + 8;
+    for (const LegendLine& line : legend()) {
+        writeLegendLine(line, y, out);
+        y += kLineHeight;
+    }
+    out << "</g>\n";
+    return y;
+}
+
+void writeColumnTitles(int y, std::ostream& out) {
+    const int baseline = y + 13;
+    out << "<g class=\"columns\">";
+    svg::text(out, kIndexEnd, baseline, "sec", "lane", true);
+    svg::text(out, kUtcX, baseline, "utc", "lane");
+    svg::text(out, kSourceX, baseline, "source", "lane");
+    svg::text(out, kFusedX, baseline, "fused", "lane");
+    svg::text(out, kSatellitesX, baseline, "satellites used", "lane");
+    svg::text(out, kRmcX, baseline, "RMC valid", "lane");
+    svg::text(out, kDaemonX, baseline, "daemon", "lane");
+    svg::text(out, kRejectedX, baseline, "rejected chunks", "lane");
+    svg::text(out, kSkippedX, baseline, "skip", "lane");
+    svg::line(out, kMargin, y + kColumnTitleHeight - 1, kWidth - kMargin,
+              y + kColumnTitleHeight - 1, "rule");
+    out << "</g>\n";
+}
+
+void writeThresholdLine(int y, int rows, std::ostream& out) {
+    const int x = kSatellitesX + kPaddingThreshold * kSatelliteWidth;
+    svg::line(out, x, y, x, y + rows * kRowHeight, "threshold");
+    out << '\n';
+}
+
+}  // namespace replay::timeline
