@@ -1,0 +1,33 @@
+# Runs one libFuzzer target for a bounded time on a working corpus in the build
+# tree, seeded from the committed seeds except the slow bulk-* ones (the corpus
+# test replays those); the regression inputs are read in place.
+#   cmake -DFUZZER=... -DWORK=... -DSEEDS=... -DREGRESSIONS=... -DSECONDS=...
+#         [-DDICT=...] [-DMAX_LEN=...] -P run_fuzzer.cmake
+# The environment variable ZD_FUZZ_SECONDS overrides SECONDS.
+if(DEFINED ENV{ZD_FUZZ_SECONDS})
+  set(SECONDS $ENV{ZD_FUZZ_SECONDS})
+endif()
+file(MAKE_DIRECTORY ${WORK}/corpus ${WORK}/artifacts)
+set(options -max_total_time=${SECONDS} -rss_limit_mb=2048 -timeout=60 -print_final_stats=1
+            -artifact_prefix=${WORK}/artifacts/)
+if(DICT)
+  list(APPEND options -dict=${DICT})
+endif()
+if(MAX_LEN)
+  list(APPEND options -max_len=${MAX_LEN})
+endif()
+file(GLOB seeds LIST_DIRECTORIES false ${SEEDS}/*)
+foreach(seed ${seeds})
+  get_filename_component(name ${seed} NAME)
+  if(NOT name MATCHES "^bulk-")
+    file(COPY ${seed} DESTINATION ${WORK}/corpus)
+  endif()
+endforeach()
+set(corpora ${WORK}/corpus)
+if(EXISTS ${REGRESSIONS})
+  list(APPEND corpora ${REGRESSIONS})
+endif()
+execute_process(COMMAND ${FUZZER} ${options} ${corpora} RESULT_VARIABLE status)
+if(NOT status EQUAL 0)
+  message(FATAL_ERROR "${FUZZER} ended with ${status}; the input is in ${WORK}/artifacts")
+endif()
