@@ -64,7 +64,8 @@ uint32_t usedGpsCount(const SvStatus1& status, size_t entries) {
 uint32_t usedGpsCount(const std::vector<SvInfo2>& list) {
     uint32_t count = 0;
     for (const SvInfo2& sv : list) {
-        if (sv.constellation == gnss_v2_0::GnssConstellationType::GPS && usedInFix(sv.v1_0.svFlag)) {
+        if (sv.constellation == gnss_v2_0::GnssConstellationType::GPS &&
+            usedInFix(sv.v1_0.svFlag)) {
             ++count;
         }
     }
@@ -107,9 +108,41 @@ SvStatus1 copyStore1() {
     return g_svStatus;
 }
 
-std::vector<SvInfo2> copyStore2() {
+void copyStore2(std::vector<SvInfo2>& into) {
     std::lock_guard<std::mutex> lock(svStoreLock());
-    return g_svInfoList;
+    into.assign(g_svInfoList.begin(), g_svInfoList.end());
+}
+
+// The 2.0 list of one report, built in a buffer that the calling thread keeps
+// from report to report, so that reporting a list of a size already seen
+// allocates nothing. A report made on the same thread while an outer one holds
+// the buffer (a framework callback calling back in) starts from an empty list.
+class ReportList2 {
+  public:
+    ReportList2() { mList.swap(spare()); }
+    ~ReportList2() {
+        mList.clear();
+        spare().swap(mList);
+    }
+    std::vector<SvInfo2>& get() { return mList; }
+
+  private:
+    static std::vector<SvInfo2>& spare() {
+        thread_local std::vector<SvInfo2> list;
+        return list;
+    }
+    std::vector<SvInfo2> mList;
+};
+
+// The framework receives a hidl_vec that refers to the entries instead of a copy.
+void reportList2(const std::vector<SvInfo2>& svInfoList) {
+    sp<gnss_v2_0::IGnssCallback> framework = loadHandle(g_gnssCbIface);
+    if (framework == nullptr) return;
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: begin to report false sv .", kLogPrefix);
+    reportZdSvFlag = true;
+    hidl_vec<SvInfo2> list;
+    list.setToExternal(const_cast<SvInfo2*>(svInfoList.data()), svInfoList.size());
+    framework->gnssSvStatusCb_2_0(list).isOk();
 }
 
 }  // namespace
@@ -123,12 +156,7 @@ void reportAddSvList(const SvStatus1& status) {
 }
 
 void ReportAddSvList(std::vector<SvInfo2> svInfoList) {
-    sp<gnss_v2_0::IGnssCallback> framework = loadHandle(g_gnssCbIface);
-    if (framework == nullptr) return;
-    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: begin to report false sv .", kLogPrefix);
-    reportZdSvFlag = true;
-    hidl_vec<SvInfo2> list(svInfoList);
-    framework->gnssSvStatusCb_2_0(list).isOk();
+    reportList2(svInfoList);
 }
 
 void addSvList(const gnss_v1_0::GnssLocation& location) {
@@ -172,12 +200,14 @@ void addSvList(const gnss_v2_0::GnssLocation& location) {
         return;
     }
     locationFlag = true;
-    std::vector<SvInfo2> list = copyStore2();
+    ReportList2 buffer;
+    std::vector<SvInfo2>& list = buffer.get();
+    copyStore2(list);
     uint32_t count = usedGpsCount(list);
     if (count >= kMinUsedGps) {
         if (svIncreaseFlag) {
             logNoIncrease();
-            ReportAddSvList(std::move(list));
+            reportList2(list);
         }
         svIncreaseFlag = false;
         return;
@@ -190,9 +220,9 @@ void addSvList(const gnss_v2_0::GnssLocation& location) {
     } else {
         std::lock_guard<std::mutex> lock(svStoreLock());
         for (size_t i = 0; i < kFakeCount; ++i) g_svInfoList.push_back(fakeEntry2(i));
-        list = g_svInfoList;
+        list.assign(g_svInfoList.begin(), g_svInfoList.end());
     }
-    ReportAddSvList(std::move(list));
+    reportList2(list);
     logIncreaseFinished();
 }
 
