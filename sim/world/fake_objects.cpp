@@ -5,6 +5,12 @@ namespace sim {
 using android::sp;
 using android::hidl::base::V1_0::IBase;
 
+Extensions::Extensions(Party& party, const std::string& owner, std::vector<Getter> getters)
+    : mParty(party), mGetters(std::move(getters)) {
+    for (const Getter& getter : mGetters)
+        party.declareGetter(owner + "." + getter.op, getter.feature);
+}
+
 sp<IBase> Extensions::fetch(const std::string& op) {
     for (const Getter& getter : mGetters) {
         if (getter.op != op) continue;

@@ -73,8 +73,9 @@ class Extensions {
         std::function<android::sp<android::hidl::base::V1_0::IBase>()> make;
     };
 
-    Extensions(const Party& party, std::vector<Getter> getters)
-        : mParty(party), mGetters(std::move(getters)) {}
+    // `owner` names the object the getters belong to ("IFusdLbs"); each getter is
+    // declared to the party with its feature.
+    Extensions(Party& party, const std::string& owner, std::vector<Getter> getters);
 
     android::sp<android::hidl::base::V1_0::IBase> fetch(const std::string& op);
     // The sub-object made for `feature` so far, if any.
@@ -90,8 +91,8 @@ class Extensions {
 template <typename Stub>
 class WithExtensions : public Stub {
   public:
-    WithExtensions(Recorder recorder, const Party& party, std::vector<Extensions::Getter> getters)
-        : Stub(std::move(recorder)), mExtensions(party, std::move(getters)) {}
+    WithExtensions(Recorder recorder, Party& party, std::vector<Extensions::Getter> getters)
+        : Stub(recorder), mExtensions(party, recorder.iface(), std::move(getters)) {}
 
     Extensions& extensions() { return mExtensions; }
 

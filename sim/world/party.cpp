@@ -12,6 +12,17 @@ void Party::declareFeature(const std::string& feature) {
     mFeatures.insert(feature);
 }
 
+void Party::declareGetter(const std::string& key, const std::string& feature) {
+    std::lock_guard<std::mutex> lock(mLock);
+    mGetters[key] = feature;
+}
+
+std::string Party::featureOf(const std::string& key) const {
+    std::lock_guard<std::mutex> lock(mLock);
+    auto it = mGetters.find(key);
+    return it == mGetters.end() ? std::string() : it->second;
+}
+
 bool Party::knobCommand(const std::vector<Token>& args, bool* handled, std::string* error) {
     *handled = true;
     const std::string& verb = args.empty() ? std::string() : args[0].text;

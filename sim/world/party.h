@@ -32,6 +32,11 @@ class Party {
     void declare(const std::string& iface, const std::vector<Operation>& operations);
     // Names a feature the `provide` knob switches ("gnss"); provided until told otherwise.
     void declareFeature(const std::string& feature);
+    // Tells that IFACE.OP hands out the object of `feature`: withholding the feature
+    // empties its answer. The objects that serve such getters declare them when made.
+    void declareGetter(const std::string& key, const std::string& feature);
+    // The feature whose `provide FEATURE no` empties IFACE.OP's answer; "" for none.
+    std::string featureOf(const std::string& key) const;
 
     // The knob commands every party takes: `fail IFACE.OP [once]`, `heal IFACE.OP`,
     // `answer IFACE.OP VALUE`, `provide FEATURE yes|no`. *handled tells whether args[0]
@@ -65,7 +70,8 @@ class Party {
     mutable std::mutex mLock;
     std::map<std::string, std::vector<Operation>> mInterfaces;
     std::set<std::string> mFeatures;
-    std::map<std::string, bool> mFailures;  // IFACE.OP -> once
+    std::map<std::string, std::string> mGetters;  // IFACE.OP -> feature
+    std::map<std::string, bool> mFailures;        // IFACE.OP -> once
     std::map<std::string, std::string> mAnswers;
     std::set<std::string> mWithheld;  // features answered with an empty reference
 };

@@ -81,7 +81,8 @@ std::vector<World::RemoteOperation> World::remoteOperations() const {
          {&mParts->fusd.party(), &mParts->vhal.party(), &mParts->framework.party()}) {
         for (const auto& [iface, operations] : party->interfaces()) {
             for (const Operation& operation : operations) {
-                all.push_back({party->prefix(), iface, operation});
+                std::string feature = party->featureOf(iface + "." + operation.name);
+                all.push_back({party->prefix(), iface, operation, feature});
             }
         }
     }

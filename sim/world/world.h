@@ -42,6 +42,9 @@ class World {
         std::string party;  // fusd, vhal or fw
         std::string iface;  // as in knobs: IFusdLbs, IZDGnss2.0, gnssCb ...
         Operation operation;
+        // For an object result: the feature whose `provide FEATURE no` empties it, once
+        // the party has made an object that serves it (after its `register`); else "".
+        std::string feature;
     };
     std::vector<RemoteOperation> remoteOperations() const;
     // The features each party can withhold (`provide FEATURE no`), as party -> features.
