@@ -18,6 +18,8 @@ namespace {
 using sim::Token;
 using sim::World;
 
+constexpr uint8_t kBulkScale = 0xB7;
+
 struct Chip {
     const char* subChip;
     const char* slaveChip;
@@ -103,6 +105,10 @@ void selectChip(uint8_t selector) {
     zdhost::platform::setProperty("ro.connectivity.sub_chiptype", chip.subChip);
     zdhost::platform::setProperty("ro.boot.odm.conn.slave_chiptype", chip.slaveChip);
     checkChipsetType();
+}
+
+uint32_t scaledCount(uint8_t scale, uint32_t raw, uint32_t fullRange, uint32_t smallRange) {
+    return raw % ((scale == kBulkScale ? fullRange : smallRange) + 1);
 }
 
 android::hardware::gnss::V1_0::IGnssCallback::GnssSvInfo readSvInfo(ByteReader& in) {

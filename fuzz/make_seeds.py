@@ -17,7 +17,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 CAPTURES = ROOT / "examples" / "captures"
 CORPUS = ROOT / "fuzz" / "corpus"
 
-BULK = 0xB7  # the scale byte that lets a count reach its full range (fuzz/harness.h)
+BULK = 0xB7  # the scale byte that lets a count reach its full range (fuzz/harness.cpp)
 SMALL = 0x00
 BASE_TIME_MS = 1602036021000  # a fix time of one of the captures, in ms since the epoch
 

@@ -8,7 +8,9 @@ if(DEFINED ENV{ZD_FUZZ_SECONDS})
   set(SECONDS $ENV{ZD_FUZZ_SECONDS})
 endif()
 file(MAKE_DIRECTORY ${WORK}/corpus ${WORK}/artifacts)
+# Slow inputs (large lists) get less of the schedule.
 set(options -max_total_time=${SECONDS} -rss_limit_mb=2048 -timeout=60 -print_final_stats=1
+            -entropic_scale_per_exec_time=1
             -artifact_prefix=${WORK}/artifacts/)
 if(DICT)
   list(APPEND options -dict=${DICT})
