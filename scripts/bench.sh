@@ -29,7 +29,8 @@ cmake --build --preset bench -j "$(nproc)"
 build=build/bench
 # Figure 4's driver, once it exists: built and run when the target is there.
 replay_bin=""
-if cmake --build "$build" --target help | grep -q '^bench_replay:'; then
+targets=$(cmake --build "$build" --target help)
+if grep -q '^bench_replay:' <<<"$targets"; then
   cmake --build "$build" --target bench_replay -j "$(nproc)"
   replay_bin=$(find "$build" -name bench_replay -type f -perm -u+x | head -n 1)
 fi
