@@ -23,11 +23,12 @@ int64_t StandInEngine::drawDelayLocked() {
     return std::max<int64_t>(0, mLatencyMs + jitter);
 }
 
-// The fused location is the engine's estimate at delivery time: the fix's position, time
-// stamped on the fix's clock `sinceFixMs` after it plus the delay.
-void StandInEngine::scheduleLocked(int64_t delayMs, const GnssLocation& base, int64_t sinceFixMs) {
+// The fused location is the engine's estimate at delivery time, `delayMs` after `atMs`: the
+// fix's position, time stamped on the fix's clock `sinceFixMs` after it plus the delay.
+void StandInEngine::scheduleLocked(int64_t atMs, int64_t delayMs, const GnssLocation& base,
+                                   int64_t sinceFixMs) {
     FusedReport report;
-    report.dueMs = mNowMs + delayMs;
+    report.dueMs = atMs + delayMs;
     report.location = base;
     report.location.timestamp = base.timestamp + sinceFixMs + delayMs;
     auto at =
@@ -41,7 +42,7 @@ void StandInEngine::onLocationData(const GnssLocation& location) {
     mHasFix = true;
     mLastFixMs = mNowMs;
     mLastFix = location;
-    scheduleLocked(drawDelayLocked(), location, 0);
+    scheduleLocked(mNowMs, drawDelayLocked(), location, 0);
 }
 
 void StandInEngine::endOfSecond(int64_t secondStartMs) {
@@ -49,10 +50,7 @@ void StandInEngine::endOfSecond(int64_t secondStartMs) {
     if (!mHasFix || mLastFixMs >= secondStartMs) return;  // none yet, or one came this second
     const int64_t sinceFix = secondStartMs - mLastFixMs;
     if (sinceFix > mCoastMs) return;
-    const int64_t savedNow = mNowMs;
-    mNowMs = secondStartMs;
-    scheduleLocked(drawDelayLocked(), mLastFix, sinceFix);
-    mNowMs = savedNow;
+    scheduleLocked(secondStartMs, drawDelayLocked(), mLastFix, sinceFix);
 }
 
 std::vector<FusedReport> StandInEngine::takeDue(int64_t untilMs) {

@@ -44,7 +44,8 @@ class StandInEngine : public sim::FeedListener {
 
   private:
     int64_t drawDelayLocked();
-    void scheduleLocked(int64_t delayMs, const android::hardware::gnss::V1_0::GnssLocation& base,
+    void scheduleLocked(int64_t atMs, int64_t delayMs,
+                        const android::hardware::gnss::V1_0::GnssLocation& base,
                         int64_t sinceFixMs);
 
     const int64_t mLatencyMs;

@@ -159,17 +159,12 @@ bool FakeFusd::call(const std::vector<Token>& words, bool nested, std::string* e
 }
 
 bool FakeFusd::deliver(const DaemonCall& call, std::string* error) {
-    sp<Lbs> lbs;
-    {
-        std::lock_guard<std::mutex> lock(mLock);
-        lbs = mLbs;
-    }
-    if (lbs == nullptr) {
+    if (running() == nullptr) {
         *error = "the fusion daemon is not running";
         return false;
     }
     if (call.toGnss) {
-        sp<GnssCallback> cb = keptCallback<GnssInterface>(lbs->extensions(), "gnss");
+        sp<GnssCallback> cb = gnssCallback();
         if (cb == nullptr) {
             *error = "no IFusdGnssCallback was registered with the fusion daemon";
             return false;
@@ -177,7 +172,7 @@ bool FakeFusd::deliver(const DaemonCall& call, std::string* error) {
         zdhost::pool::deliverCall([&] { (void)call.toGnss(*cb).isOk(); });
         return true;
     }
-    sp<GeofenceCallback> cb = keptCallback<GeofenceInterface>(lbs->extensions(), "geofence");
+    sp<GeofenceCallback> cb = geofenceCallback();
     if (cb == nullptr) {
         *error = "no IFusdGeofenceCallback was registered with the fusion daemon";
         return false;
@@ -186,15 +181,20 @@ bool FakeFusd::deliver(const DaemonCall& call, std::string* error) {
     return true;
 }
 
-sp<FakeFusd::GnssCallback> FakeFusd::gnssCallback() {
+sp<FakeFusd::Lbs> FakeFusd::running() {
     std::lock_guard<std::mutex> lock(mLock);
-    return mLbs == nullptr ? nullptr : keptCallback<GnssInterface>(mLbs->extensions(), "gnss");
+    return mLbs;
+}
+
+sp<FakeFusd::GnssCallback> FakeFusd::gnssCallback() {
+    sp<Lbs> lbs = running();
+    return lbs == nullptr ? nullptr : keptCallback<GnssInterface>(lbs->extensions(), "gnss");
 }
 
 sp<FakeFusd::GeofenceCallback> FakeFusd::geofenceCallback() {
-    std::lock_guard<std::mutex> lock(mLock);
-    return mLbs == nullptr ? nullptr
-                           : keptCallback<GeofenceInterface>(mLbs->extensions(), "geofence");
+    sp<Lbs> lbs = running();
+    return lbs == nullptr ? nullptr
+                          : keptCallback<GeofenceInterface>(lbs->extensions(), "geofence");
 }
 
 void FakeFusd::setFeedListener(FeedListener* listener) {

@@ -57,6 +57,7 @@ class FakeFusd {
     bool registerAtLookup(const std::vector<Token>& args, std::string* error);
     bool call(const std::vector<Token>& words, bool nested, std::string* error);
     bool deliver(const DaemonCall& call, std::string* error);
+    android::sp<Lbs> running();  // the daemon's IFusdLbs, null while it is down
     // Runs, on the calling thread, the nested calls waiting for this callback's registration.
     void runNested(const android::sp<GnssCallback>& gnss,
                    const android::sp<GeofenceCallback>& geofence);
