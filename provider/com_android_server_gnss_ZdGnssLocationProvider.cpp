@@ -60,8 +60,8 @@ std::mutex& handleLock() {
     return lock;
 }
 
-std::mutex& svStoreLock() {
-    static std::mutex lock;
+StoreLock& svStoreLock() {
+    static StoreLock lock;
     return lock;
 }
 
@@ -97,7 +97,7 @@ int lookupAttemptBudget() {
 sp<fusd_v1_3::IFusdLbs> lookUpDaemon(int budget) {
     for (;;) {
         sp<fusd_v1_3::IFusdLbs> daemon = fusd_v1_3::IFusdLbs::tryGetService("default", false);
-        storeHandle(g_fusdLbsIface, daemon);
+        storeHandle<g_fusdLbsIface>(daemon);
         if (daemon != nullptr || budget < 2) return daemon;
         usleep(kLookupPauseMicros);
         --budget;
@@ -106,7 +106,7 @@ sp<fusd_v1_3::IFusdLbs> lookUpDaemon(int budget) {
 
 void linkDaemonDeath(const sp<fusd_v1_3::IFusdLbs>& daemon) {
     sp<FusdDeathRecipient> recipient = new FusdDeathRecipient();
-    storeHandle(g_fusdDeathRecipient, recipient);
+    storeHandle<g_fusdDeathRecipient>(recipient);
     Return<bool> linked = daemon->linkToDeath(recipient, 0);
     if (!linked.isOk()) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
@@ -114,12 +114,10 @@ void linkDaemonDeath(const sp<fusd_v1_3::IFusdLbs>& daemon) {
                             kLogPrefix, linked.description().c_str());
     } else if (linked) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
-                            "%s: Link to g_fusdLbsIface death notification successful",
-                            kLogPrefix);
+                            "%s: Link to g_fusdLbsIface death notification successful", kLogPrefix);
     } else {
         __android_log_print(ANDROID_LOG_WARN, LOG_TAG,
-                            "%s: Unable to link to g_fusdLbsIface death notifications",
-                            kLogPrefix);
+                            "%s: Unable to link to g_fusdLbsIface death notifications", kLogPrefix);
     }
 }
 
@@ -131,11 +129,11 @@ void fetchBatching(const sp<fusd_v1_3::IFusdLbs>& daemon) {
         return;
     }
     sp<fusd_v1_1::IGnssBatchingInterface> object = batching;
-    storeHandle(g_fusdBatchingIface, object);
-    storeHandle(g_gnssBatchingIface, object);
+    storeHandle<g_fusdBatchingIface>(object);
+    storeHandle<g_gnssBatchingIface>(object);
     if (object != nullptr) {
-        __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
-                            "%s: get to FusdLbsBatchingIface successful", kLogPrefix);
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get to FusdLbsBatchingIface successful",
+                            kLogPrefix);
     } else {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: g_gnssBatchingIface is null",
                             kLogPrefix);
@@ -155,13 +153,13 @@ void fetchGnss(const sp<fusd_v1_3::IFusdLbs>& daemon) {
                             kLogPrefix);
         return;
     }
-    storeHandle(g_fusdGnssIface, object);
+    storeHandle<g_fusdGnssIface>(object);
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get FusdGnssInterface successful",
                         kLogPrefix);
-    if (loadHandle(g_fusdGnssCb) == nullptr) {
-        storeHandle(g_fusdGnssCb, sp<fusd_v1_2::IFusdGnssCallback>(new FusdGnssCallback()));
+    if (loadHandle<g_fusdGnssCb>() == nullptr) {
+        storeHandle<g_fusdGnssCb>(sp<fusd_v1_2::IFusdGnssCallback>(new FusdGnssCallback()));
     }
-    if (!object->setCallback(loadHandle(g_fusdGnssCb)).isOk()) {
+    if (!object->setCallback(loadHandle<g_fusdGnssCb>()).isOk()) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: register FusdGnssCallback fail",
                             kLogPrefix);
     }
@@ -175,7 +173,7 @@ void fetchGeofence(const sp<fusd_v1_3::IFusdLbs>& daemon) {
         return;
     }
     sp<fusd_v1_2::IFusdGeofenceInterface> object = geofence;
-    storeHandle(g_fusdGeofenceIface, object);
+    storeHandle<g_fusdGeofenceIface>(object);
     if (object == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: FusdGeofenceIface is null",
                             kLogPrefix);
@@ -183,29 +181,28 @@ void fetchGeofence(const sp<fusd_v1_3::IFusdLbs>& daemon) {
     }
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get FusdGeofenceIface successful",
                         kLogPrefix);
-    if (loadHandle(g_fusdGeofenceCb) == nullptr) {
-        storeHandle(g_fusdGeofenceCb,
-                    sp<fusd_v1_2::IFusdGeofenceCallback>(new FusdGeofenceCallback()));
+    if (loadHandle<g_fusdGeofenceCb>() == nullptr) {
+        storeHandle<g_fusdGeofenceCb>(
+            sp<fusd_v1_2::IFusdGeofenceCallback>(new FusdGeofenceCallback()));
     }
-    if (object->setCallback(loadHandle(g_fusdGeofenceCb)).isOk()) {
+    if (object->setCallback(loadHandle<g_fusdGeofenceCb>()).isOk()) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                             "%s:register FusdGeofenceCallback successful", kLogPrefix);
     } else {
-        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
-                            "%s: register FusdGeofenceCallback fail", kLogPrefix);
+        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: register FusdGeofenceCallback fail",
+                            kLogPrefix);
     }
 }
 
 }  // namespace
 
-
 void fd_init() {
-    if (loadHandle(g_fusdLbsIface) != nullptr) return;
-    storeHandle(g_hidlUtil, sp<HidlUtil>(new HidlUtil(processFusdServiceDied, reinitFusdBatching)));
+    if (loadHandle<g_fusdLbsIface>() != nullptr) return;
+    storeHandle<g_hidlUtil>(sp<HidlUtil>(new HidlUtil(processFusdServiceDied, reinitFusdBatching)));
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s:processFusdServiceDied register()",
                         kLogPrefix);
     FdGetService();
-    sp<HidlUtil> watcher = loadHandle(g_hidlUtil);
+    sp<HidlUtil> watcher = loadHandle<g_hidlUtil>();
     if (watcher != nullptr) {
         fusd_v1_3::IFusdLbs::registerForNotifications("", watcher);
     }
@@ -229,7 +226,7 @@ void FdGetService() {
 }
 
 void getFusionDaemonInterface() {
-    sp<fusd_v1_3::IFusdLbs> daemon = loadHandle(g_fusdLbsIface);
+    sp<fusd_v1_3::IFusdLbs> daemon = loadHandle<g_fusdLbsIface>();
     if (daemon == nullptr) return;
     fetchBatching(daemon);
     fetchGnss(daemon);
@@ -237,15 +234,16 @@ void getFusionDaemonInterface() {
 }
 
 bool isFDSupport() {
-    return loadHandle(g_fusdGnssIface) != nullptr;
+    PinnedHandle<g_fusdGnssIface> engine;
+    return engine != nullptr;
 }
 
 bool isFDGeofenceSupport() {
-    return loadHandle(g_fusdGeofenceIface) != nullptr && g_chipSupportsGeofence;
+    return loadHandle<g_fusdGeofenceIface>() != nullptr && g_chipSupportsGeofence;
 }
 
 sp<gnss_v1_0::IGnssBatching> getBatcgingIface() {
-    return loadHandle(g_gnssBatchingIface);
+    return loadHandle<g_gnssBatchingIface>();
 }
 
 // ---- Death and re-initialisation.
@@ -260,11 +258,11 @@ void FusdDeathRecipient::serviceDied(uint64_t /*cookie*/,
     pthread_mutex_lock(&fusdMutex);
     __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: fusd hidl service was dead, start clear",
                         kLogPrefix);
-    clearHandle(g_fusdLbsIface);
-    clearHandle(g_fusdBatchingIface);
-    clearHandle(g_gnssBatchingIface);
-    clearHandle(g_fusdGnssIface);
-    clearHandle(g_fusdGeofenceIface);
+    clearHandle<g_fusdLbsIface>();
+    clearHandle<g_fusdBatchingIface>();
+    clearHandle<g_gnssBatchingIface>();
+    clearHandle<g_fusdGnssIface>();
+    clearHandle<g_fusdGeofenceIface>();
     pthread_mutex_unlock(&fusdMutex);
 }
 
@@ -279,7 +277,7 @@ void replayBatchingStart() {
     if (g_batchingStatus != 1) return;
     __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: in,store the batching start status",
                         kLogPrefix);
-    sp<gnss_v1_0::IGnssBatching> batching = loadHandle(g_gnssBatchingIface);
+    sp<gnss_v1_0::IGnssBatching> batching = loadHandle<g_gnssBatchingIface>();
     if (batching == nullptr) return;
     gnss_v1_0::IGnssBatching::Options options;
     {
@@ -300,7 +298,7 @@ void replayBatchingStart() {
 void reinitFusdBatching(const hidl_string& fqName, const hidl_string& name, bool preexisting) {
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: fqName[%s] name[%s] succ[%d]", kLogPrefix,
                         fqName.c_str(), name.c_str(), preexisting ? 1 : 0);
-    if (loadHandle(g_fusdLbsIface) != nullptr) {
+    if (loadHandle<g_fusdLbsIface>() != nullptr) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                             "%s: g_fusdLbsIface is not null, not need reinitHal", kLogPrefix);
         return;
@@ -325,15 +323,15 @@ void set_batchingOptions(gnss_v1_0::IGnssBatching::Options options) {
 void registerCallback(const sp<gnss_v2_0::IGnssCallback>& gnssCb,
                       const sp<gnss_v1_0::IGnssGeofenceCallback>& geofenceCb,
                       const sp<FdCorvaneCallback_>& corvaneCb) {
-    storeHandle(g_gnssCbIface, gnssCb);
+    storeHandle<g_gnssCbIface>(gnssCb);
     if (gnssCb == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: register gnss callback failed.",
                             kLogPrefix);
     }
-    storeHandle(g_gnssGeofenceCbIface, geofenceCb);
+    storeHandle<g_gnssGeofenceCbIface>(geofenceCb);
     if (geofenceCb == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: register geofence callback failed.",
                             kLogPrefix);
     }
-    storeHandle(fdCorvaneCb, corvaneCb);
+    storeHandle<fdCorvaneCb>(corvaneCb);
 }

@@ -17,7 +17,7 @@ using GeofenceCallback = gnss_v1_0::IGnssGeofenceCallback;
 
 // The framework's geofence callback, or null after logging that it is missing.
 sp<GeofenceCallback> frameworkOrLog() {
-    sp<GeofenceCallback> framework = loadHandle(g_gnssGeofenceCbIface);
+    sp<GeofenceCallback> framework = loadHandle<g_gnssGeofenceCbIface>();
     if (framework == nullptr) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s:g_gnssGeofenceCbIface is null\n",
                             kLogPrefix);
@@ -47,7 +47,7 @@ void forwardAddResult(int32_t geofenceId, int32_t result) {
     sp<GeofenceCallback> framework = frameworkOrLog();
     if (framework == nullptr) return;
     framework->gnssGeofenceAddCb(geofenceId, static_cast<GeofenceCallback::GeofenceStatus>(result))
-            .isOk();
+        .isOk();
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: geofenceAddResultCb: id=%d, result= %d\n",
                         kLogPrefix, geofenceId, result);
 }
@@ -68,7 +68,7 @@ Return<void> FusdGeofenceCallback::geofenceAddResultCb(const GeofenceResults& re
         ids[i] = results[i].geofenceId;
         codes[i] = results[i].result;
     }
-    sp<FdCorvaneCallback_> client = loadHandle(fdCorvaneCb);
+    sp<FdCorvaneCallback_> client = loadHandle<fdCorvaneCb>();
     if (client != nullptr && client->geofenceAddResult != nullptr) {
         client->geofenceAddResult(ids.data(), codes.data(), static_cast<uint32_t>(results.size()));
     } else {
@@ -82,10 +82,10 @@ Return<void> FusdGeofenceCallback::geofenceRemoveResultCb(const GeofenceResults&
         if (entry.result != 0) continue;  // failed removals are dropped without a trace
         sp<GeofenceCallback> framework = frameworkOrLog();
         if (framework == nullptr) continue;
-        framework->gnssGeofenceRemoveCb(entry.geofenceId, GeofenceStatus::OPERATION_SUCCESS)
-                .isOk();
-        __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: geofenceRemoveResultCb: id=%d, result= %d",
-                            kLogPrefix, entry.geofenceId, 0);
+        framework->gnssGeofenceRemoveCb(entry.geofenceId, GeofenceStatus::OPERATION_SUCCESS).isOk();
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
+                            "%s: geofenceRemoveResultCb: id=%d, result= %d", kLogPrefix,
+                            entry.geofenceId, 0);
     }
     return Void();
 }
@@ -99,7 +99,7 @@ Return<void> FusdGeofenceCallback::onGetCurrentLocationCb(int32_t locSource,
     // The source code travels in the geofence-id place; transition 0 is none of
     // the published transitions, which marks the report as a location answer.
     framework->gnssGeofenceTransitionCb(locSource, location, static_cast<GeofenceTransition>(0), 0)
-            .isOk();
+        .isOk();
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: onGetCurrentLocationCb in,locSource = %d",
                         kLogPrefix, locSource);
     return Void();
@@ -119,13 +119,13 @@ Return<void> FusdGeofenceCallback::gnssGeofenceTransitionCb(int32_t geofenceId,
 }
 
 Return<void> FusdGeofenceCallback::gnssGeofenceStatusCb(
-        int32_t availability, const gnss_v1_0::GnssLocation& lastLocation) {
+    int32_t availability, const gnss_v1_0::GnssLocation& lastLocation) {
     sp<GeofenceCallback> framework = frameworkOrLog();
     if (framework == nullptr) return Void();
     framework
-            ->gnssGeofenceStatusCb(static_cast<GeofenceCallback::GeofenceAvailability>(availability),
-                                   lastLocation)
-            .isOk();
+        ->gnssGeofenceStatusCb(static_cast<GeofenceCallback::GeofenceAvailability>(availability),
+                               lastLocation)
+        .isOk();
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: gnssGeofenceStatusCb:result= %d",
                         kLogPrefix, availability);
     return Void();

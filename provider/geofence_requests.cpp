@@ -17,7 +17,7 @@ constexpr int32_t kPresetB = 16;
 // Geofencing through the daemon needs a capable chip and a connected daemon.
 sp<fusd_v1_2::IFusdGeofenceInterface> geofenceChannel() {
     if (!g_chipSupportsGeofence) return nullptr;
-    return loadHandle(g_fusdGeofenceIface);
+    return loadHandle<g_fusdGeofenceIface>();
 }
 
 }  // namespace
@@ -42,8 +42,8 @@ bool fd_add_geofence(int32_t geofenceId, double latitudeDegrees, double longitud
     request.monitorTransitions = monitorTransitions;
     request.lastTransition = lastTransition;
     request.presetB = kPresetB;
-    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: FusdAddGeofence: geofenceId=%d",
-                        kLogPrefix, geofenceId);
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: FusdAddGeofence: geofenceId=%d", kLogPrefix,
+                        geofenceId);
     return channel->addGeofence(requests).isOk();
 }
 

@@ -47,7 +47,7 @@ constexpr RunKind kQuickTtffRun = {CommandType::QUICK_TTFF,
                                    "%s: [LocMgr] Debug: Sending Quick TTFF stop to TARVI"};
 
 void sendRunCommand(const RunKind& run, bool start) {
-    sp<fusd_v1_3::IFusdLbs> daemon = loadHandle(g_fusdLbsIface);
+    sp<fusd_v1_3::IFusdLbs> daemon = loadHandle<g_fusdLbsIface>();
     if (daemon == nullptr) return;
     if (start) resetTimingOncePerRun();
     bool sent = daemon->sendGnssStartCmd(run.type, start).isOk();
@@ -63,14 +63,14 @@ void sendRunCommand(const RunKind& run, bool start) {
 
 // The provider reports this fix itself: record it as the last delivered one.
 bool reportedByProvider(int64_t timestamp) {
-    lastSentLocUpdateTime = timestamp;
+    lastSentLocUpdateTime.store(timestamp, std::memory_order_release);
     return false;
 }
 
 }  // namespace
 
 bool sendLocationDataToTarvi(const gnss_v1_0::GnssLocation& location) {
-    sp<fusd_v1_2::IFusdGnssInterface> engine = loadHandle(g_fusdGnssIface);
+    PinnedHandle<g_fusdGnssIface> engine;
     if (engine == nullptr) return reportedByProvider(location.timestamp);
     if (!engine->sendLocationData(location).isOk()) {
         __android_log_print(ANDROID_LOG_WARN, LOG_TAG,

@@ -3,10 +3,11 @@
 // com_android_server_gnss_ZdGnssLocationProvider.cpp.
 //
 // Handles are strong references that hwbinder threads read while the provider
-// thread or the death handler replaces them. Every read copies the reference
-// with loadHandle() and every write goes through storeHandle(); both hold
-// handleLock() only for the copy, never across a remote call, so no reader ever
-// waits for fusdMutex or for a call in flight.
+// thread or the death handler replaces them. Every write goes through
+// storeHandle(), which holds handleLock() only for the swap. Paths that call
+// through a handle read it with PinnedHandle, which takes no lock; paths that
+// keep the reference copy it with loadHandle(). No reader ever waits for
+// fusdMutex or for a call in flight.
 #pragma once
 
 #include <HidlUtil.h>
@@ -27,7 +28,8 @@
 #include <mutex>
 #include <vector>
 
-#include "guarded_handle.h"
+#include "pinned_handle.h"
+#include "store_lock.h"
 
 class FusdDeathRecipient;
 
@@ -63,6 +65,10 @@ extern std::atomic<bool> g_chipSupportsGeofence;
 extern std::atomic<bool> g_flagsFromChipset;
 extern std::atomic<uint8_t> g_batchingChannelType;
 
+// Flags and times that the feed paths write are published with release stores:
+// no reader needs them ordered against one another, and a sequentially
+// consistent store costs a full barrier on some CPUs.
+
 // Feed timing state, shared between the provider thread and fused reports.
 extern std::atomic<int64_t> lastSentLocUpdateTime;
 extern std::atomic<int64_t> lastFusdLocUpdateTime;
@@ -86,21 +92,22 @@ extern std::atomic<FdCallback*> g_fdCallback;
 extern std::atomic<SuplDnsHook> g_sendAgpsRequestSuplDns;
 
 std::mutex& handleLock();
-std::mutex& svStoreLock();
+StoreLock& svStoreLock();
 
-template <typename T>
-android::sp<T> loadHandle(const android::sp<T>& handle) {
-    return copyHandle(handleLock(), handle);
+// A strong reference to what the handle holds, for paths that keep or pass it on.
+template <auto& Handle>
+android::sp<HandleObject<Handle>> loadHandle() {
+    return copyPublishedHandle<Handle>(handleLock());
 }
 
-template <typename T, typename U>
-void storeHandle(android::sp<T>& handle, const android::sp<U>& value) {
-    replaceHandle(handleLock(), handle, value);
+template <auto& Handle, typename U>
+void storeHandle(const android::sp<U>& value) {
+    publishHandle<Handle>(handleLock(), value);
 }
 
-template <typename T>
-void clearHandle(android::sp<T>& handle) {
-    storeHandle(handle, android::sp<T>());
+template <auto& Handle>
+void clearHandle() {
+    storeHandle<Handle>(android::sp<HandleObject<Handle>>());
 }
 
 // Absolute difference of two millisecond times, wrapping like 64-bit two's

@@ -54,9 +54,8 @@ uint32_t usedGpsCount(const SvStatus1& status, size_t entries) {
     uint32_t count = 0;
     for (size_t i = 0; i < entries; ++i) {
         const SvInfo1& sv = status.gnssSvList[i];
-        if (sv.constellation == gnss_v1_0::GnssConstellationType::GPS && usedInFix(sv.svFlag)) {
-            ++count;
-        }
+        bool gps = sv.constellation == gnss_v1_0::GnssConstellationType::GPS;
+        count += (gps & usedInFix(sv.svFlag)) ? 1 : 0;
     }
     return count;
 }
@@ -64,10 +63,8 @@ uint32_t usedGpsCount(const SvStatus1& status, size_t entries) {
 uint32_t usedGpsCount(const std::vector<SvInfo2>& list) {
     uint32_t count = 0;
     for (const SvInfo2& sv : list) {
-        if (sv.constellation == gnss_v2_0::GnssConstellationType::GPS &&
-            usedInFix(sv.v1_0.svFlag)) {
-            ++count;
-        }
+        bool gps = sv.constellation == gnss_v2_0::GnssConstellationType::GPS;
+        count += (gps & usedInFix(sv.v1_0.svFlag)) ? 1 : 0;
     }
     return count;
 }
@@ -103,16 +100,6 @@ void logIncreaseFinished() {
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: increase sv finished", kLogPrefix);
 }
 
-SvStatus1 copyStore1() {
-    std::lock_guard<std::mutex> lock(svStoreLock());
-    return g_svStatus;
-}
-
-void copyStore2(std::vector<SvInfo2>& into) {
-    std::lock_guard<std::mutex> lock(svStoreLock());
-    into.assign(g_svInfoList.begin(), g_svInfoList.end());
-}
-
 // The 2.0 list of one report, built in a buffer that the calling thread keeps
 // from report to report, so that reporting a list of a size already seen
 // allocates nothing. A report made on the same thread while an outer one holds
@@ -136,10 +123,10 @@ class ReportList2 {
 
 // The framework receives a hidl_vec that refers to the entries instead of a copy.
 void reportList2(const std::vector<SvInfo2>& svInfoList) {
-    sp<gnss_v2_0::IGnssCallback> framework = loadHandle(g_gnssCbIface);
+    PinnedHandle<g_gnssCbIface> framework;
     if (framework == nullptr) return;
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: begin to report false sv .", kLogPrefix);
-    reportZdSvFlag = true;
+    reportZdSvFlag.store(true, std::memory_order_release);
     hidl_vec<SvInfo2> list;
     list.setToExternal(const_cast<SvInfo2*>(svInfoList.data()), svInfoList.size());
     framework->gnssSvStatusCb_2_0(list).isOk();
@@ -148,16 +135,61 @@ void reportList2(const std::vector<SvInfo2>& svInfoList) {
 }  // namespace
 
 void reportAddSvList(const SvStatus1& status) {
-    sp<gnss_v2_0::IGnssCallback> framework = loadHandle(g_gnssCbIface);
+    PinnedHandle<g_gnssCbIface> framework;
     if (framework == nullptr) return;
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: begin to report false sv .", kLogPrefix);
-    reportZdSvFlag = true;
+    reportZdSvFlag.store(true, std::memory_order_release);
     framework->gnssSvStatusCb(status).isOk();
 }
 
 void ReportAddSvList(std::vector<SvInfo2> svInfoList) {
     reportList2(svInfoList);
 }
+
+namespace {
+
+// What one location made of a store: the used-GPS count found before any
+// fake entry was added, and whether the store is to be reported.
+struct Augmentation {
+    uint32_t usedGps;
+    bool report;
+};
+
+bool increases(uint32_t usedGps) {
+    return usedGps < kMinUsedGps;
+}
+
+// Counts, pads and copies the 1.0 store for its report in one hold of the lock;
+// the framework is called on the copy, after the lock is dropped.
+Augmentation augmentStore1(SvStatus1& report) {
+    std::lock_guard<StoreLock> lock(svStoreLock());
+    // A numSvs above the record's 64 entries is taken as a full record.
+    size_t n = g_svStatus.numSvs < kSvCapacity ? g_svStatus.numSvs : kSvCapacity;
+    Augmentation result{usedGpsCount(g_svStatus, n), svIncreaseFlag};
+    if (increases(result.usedGps)) {
+        addFakes1(g_svStatus, n);
+        result.report = true;
+    }
+    if (result.report) report = g_svStatus;
+    return result;
+}
+
+// The same for the 2.0 store; `full` tells that it was too full to pad.
+Augmentation augmentStore2(std::vector<SvInfo2>& report, bool& full) {
+    std::lock_guard<StoreLock> lock(svStoreLock());
+    Augmentation result{usedGpsCount(g_svInfoList), svIncreaseFlag};
+    full = g_svInfoList.size() >= kList2Bound;
+    if (increases(result.usedGps)) {
+        if (!full) {
+            for (size_t i = 0; i < kFakeCount; ++i) g_svInfoList.push_back(fakeEntry2(i));
+        }
+        result.report = true;
+    }
+    if (result.report) report.assign(g_svInfoList.begin(), g_svInfoList.end());
+    return result;
+}
+
+}  // namespace
 
 void addSvList(const gnss_v1_0::GnssLocation& location) {
     __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "%s: location 1.0 flag is %d", kLogPrefix,
@@ -167,27 +199,20 @@ void addSvList(const gnss_v1_0::GnssLocation& location) {
                             "%s: location from qttff, so don't do sv_add.", kLogPrefix);
         return;
     }
-    locationFlag = true;
-    SvStatus1 status = copyStore1();
-    // A numSvs above the record's 64 entries is taken as a full record.
-    size_t n = status.numSvs < kSvCapacity ? status.numSvs : kSvCapacity;
-    uint32_t count = usedGpsCount(status, n);
-    if (count >= kMinUsedGps) {
-        if (svIncreaseFlag) {
+    locationFlag.store(true, std::memory_order_release);
+    SvStatus1 report;
+    Augmentation found = augmentStore1(report);
+    if (!increases(found.usedGps)) {
+        if (found.report) {
             logNoIncrease();
-            reportAddSvList(status);
+            reportAddSvList(report);
         }
-        svIncreaseFlag = false;
+        svIncreaseFlag.store(false, std::memory_order_release);
         return;
     }
-    svIncreaseFlag = true;
-    logIncrease(count);
-    addFakes1(status, n);
-    {
-        std::lock_guard<std::mutex> lock(svStoreLock());
-        g_svStatus = status;
-    }
-    reportAddSvList(status);
+    svIncreaseFlag.store(true, std::memory_order_release);
+    logIncrease(found.usedGps);
+    reportAddSvList(report);
     logIncreaseFinished();
 }
 
@@ -199,28 +224,24 @@ void addSvList(const gnss_v2_0::GnssLocation& location) {
                             "%s: location from qttff ,so don't do sv_add.", kLogPrefix);
         return;
     }
-    locationFlag = true;
+    locationFlag.store(true, std::memory_order_release);
     ReportList2 buffer;
     std::vector<SvInfo2>& list = buffer.get();
-    copyStore2(list);
-    uint32_t count = usedGpsCount(list);
-    if (count >= kMinUsedGps) {
-        if (svIncreaseFlag) {
+    bool full = false;
+    Augmentation found = augmentStore2(list, full);
+    if (!increases(found.usedGps)) {
+        if (found.report) {
             logNoIncrease();
             reportList2(list);
         }
-        svIncreaseFlag = false;
+        svIncreaseFlag.store(false, std::memory_order_release);
         return;
     }
-    svIncreaseFlag = true;
-    logIncrease(count);
-    if (list.size() >= kList2Bound) {
+    svIncreaseFlag.store(true, std::memory_order_release);
+    logIncrease(found.usedGps);
+    if (full) {
         __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG,
                             "%s: sv number > 58, no need add fake satellites", kLogPrefix);
-    } else {
-        std::lock_guard<std::mutex> lock(svStoreLock());
-        for (size_t i = 0; i < kFakeCount; ++i) g_svInfoList.push_back(fakeEntry2(i));
-        list.assign(g_svInfoList.begin(), g_svInfoList.end());
     }
     reportList2(list);
     logIncreaseFinished();
