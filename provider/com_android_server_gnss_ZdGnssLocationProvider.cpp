@@ -60,10 +60,7 @@ std::mutex& handleLock() {
     return lock;
 }
 
-StoreLock& svStoreLock() {
-    static StoreLock lock;
-    return lock;
-}
+StoreLock svStoreLock;  // constant-initialised: usable before any dynamic initialisation
 
 int64_t absDiffMs(int64_t a, int64_t b) {
     uint64_t diff = static_cast<uint64_t>(a) - static_cast<uint64_t>(b);

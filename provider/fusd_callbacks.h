@@ -7,7 +7,7 @@
 class FusdGnssCallback : public fusd_v1_2::IFusdGnssCallback {
   public:
     android::hardware::Return<void> reportFusdLocation(
-            const gnss_v1_0::GnssLocation& location) override;
+        const gnss_v1_0::GnssLocation& location) override;
 };
 
 // Geofence results, transitions, availability and current-location answers.
@@ -24,10 +24,10 @@ class FusdGeofenceCallback : public fusd_v1_2::IFusdGeofenceCallback {
                                                            int64_t requestId,
                                                            int64_t elapsedTimeMs) override;
     android::hardware::Return<void> gnssGeofenceTransitionCb(
-            int32_t geofenceId, const gnss_v1_0::GnssLocation& location,
-            GeofenceTransition transition, int64_t timestamp) override;
+        int32_t geofenceId, const gnss_v1_0::GnssLocation& location, GeofenceTransition transition,
+        int64_t timestamp) override;
     android::hardware::Return<void> gnssGeofenceStatusCb(
-            int32_t availability, const gnss_v1_0::GnssLocation& lastLocation) override;
+        int32_t availability, const gnss_v1_0::GnssLocation& lastLocation) override;
     android::hardware::Return<void> gnssGeofencePauseCb(int32_t geofenceId,
                                                         GeofenceStatus status) override;
     android::hardware::Return<void> gnssGeofenceResumeCb(int32_t geofenceId,

@@ -75,7 +75,7 @@ extern std::atomic<int64_t> lastFusdLocUpdateTime;
 extern std::atomic<int32_t> fusdGnssMinReportingInterval;
 extern std::atomic<bool> tarviParamReset;
 
-// Satellite store; guarded by svStoreLock().
+// Satellite store; guarded by svStoreLock.
 extern gnss_v1_0::IGnssCallback::GnssSvStatus g_svStatus;
 
 // Location-source and augmentation flags.
@@ -92,7 +92,7 @@ extern std::atomic<FdCallback*> g_fdCallback;
 extern std::atomic<SuplDnsHook> g_sendAgpsRequestSuplDns;
 
 std::mutex& handleLock();
-StoreLock& svStoreLock();
+extern StoreLock svStoreLock;
 
 // A strong reference to what the handle holds, for paths that keep or pass it on.
 template <auto& Handle>

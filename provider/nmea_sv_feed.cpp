@@ -79,6 +79,20 @@ bool containsValidStatus(const char* text, size_t length) {
     return false;
 }
 
+// Shared by the exported sender and both sendSvInfo overloads, which call it
+// directly rather than through the exported symbol.
+void sendTrackedCount(unsigned int count) {
+    PinnedHandle<g_fusdGnssIface> engine;
+    if (engine == nullptr) return;
+    if (engine->sendSvStatus(count).isOk()) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
+                            "%s: [LocMgr] Debug: Sending SV status to TARVI", kLogPrefix);
+    } else {
+        __android_log_print(ANDROID_LOG_WARN, LOG_TAG,
+                            "%s: [LocMgr] Debug: send SV status to TARVI fail", kLogPrefix);
+    }
+}
+
 }  // namespace
 
 void send_nmea_update_to_tarvi(long long timestamp, const char* nmea, unsigned int length) {
@@ -112,22 +126,14 @@ void send_nmea_update_to_tarvi(long long timestamp, const char* nmea, unsigned i
 }
 
 void send_sv_status_to_tarvi(unsigned int count) {
-    PinnedHandle<g_fusdGnssIface> engine;
-    if (engine == nullptr) return;
-    if (engine->sendSvStatus(count).isOk()) {
-        __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
-                            "%s: [LocMgr] Debug: Sending SV status to TARVI", kLogPrefix);
-    } else {
-        __android_log_print(ANDROID_LOG_WARN, LOG_TAG,
-                            "%s: [LocMgr] Debug: send SV status to TARVI fail", kLogPrefix);
-    }
+    sendTrackedCount(count);
 }
 
 void sendSvInfo(const gnss_v1_0::IGnssCallback::GnssSvStatus& status) {
     uint32_t numSvs = status.numSvs;
     uint32_t stored;
     {
-        std::lock_guard<StoreLock> lock(svStoreLock());
+        std::lock_guard<StoreLock> lock(svStoreLock);
         memset_s(&g_svStatus, sizeof(g_svStatus), 0, sizeof(g_svStatus));
         memcpy_s(&g_svStatus, sizeof(g_svStatus), &status, sizeof(status));
         stored = g_svStatus.numSvs;
@@ -136,17 +142,17 @@ void sendSvInfo(const gnss_v1_0::IGnssCallback::GnssSvStatus& status) {
                         static_cast<int>(stored));
     // The record holds 64 entries whatever numSvs claims.
     size_t entries = numSvs < kSvCapacity ? numSvs : kSvCapacity;
-    send_sv_status_to_tarvi(countTracked(status.gnssSvList.data(), entries));
+    sendTrackedCount(countTracked(status.gnssSvList.data(), entries));
 }
 
 void sendSvInfo(const hidl_vec<gnss_v2_0::IGnssCallback::GnssSvInfo>& svInfoList) {
     {
-        std::lock_guard<StoreLock> lock(svStoreLock());
+        std::lock_guard<StoreLock> lock(svStoreLock);
         // Keeps the capacity from report to report.
         g_svInfoList.assign(svInfoList.begin(), svInfoList.end());
     }
     unsigned int tracked = countTracked(svInfoList);
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: callback 2.0 send_svInfor is called .",
                         kLogPrefix);
-    send_sv_status_to_tarvi(tracked);
+    sendTrackedCount(tracked);
 }

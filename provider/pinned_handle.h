@@ -35,11 +35,9 @@ inline std::atomic<HandleObject<Handle>*> publishedObject{nullptr};
 template <auto& Handle>
 class PinnedHandle {
   public:
-    PinnedHandle() {
-        pinReadEpoch();
-        mObject = publishedObject<Handle>.load(std::memory_order_acquire);
-    }
-    ~PinnedHandle() { unpinReadEpoch(); }
+    PinnedHandle()
+        : mSlot(pinReadEpoch()), mObject(publishedObject<Handle>.load(std::memory_order_acquire)) {}
+    ~PinnedHandle() { unpinReadEpoch(mSlot); }
     PinnedHandle(const PinnedHandle&) = delete;
     PinnedHandle& operator=(const PinnedHandle&) = delete;
 
@@ -49,6 +47,7 @@ class PinnedHandle {
     bool operator!=(std::nullptr_t) const { return mObject != nullptr; }
 
   private:
+    ReaderSlot* mSlot;
     HandleObject<Handle>* mObject;
 };
 

@@ -20,10 +20,10 @@ struct ChipRow {
 
 // First match wins; "vk7702a" must be tested before "vk7702".
 constexpr ChipRow kChipTable[] = {
-        {"vk7705", 6, 1, true, true},
-        {"vk7703", 6, 2, true, true},
-        {"vk7702a", 7, 3, false, true},
-        {"vk7702", 6, 4, false, false},
+    {"vk7705", 6, 1, true, true},
+    {"vk7703", 6, 2, true, true},
+    {"vk7702a", 7, 3, false, true},
+    {"vk7702", 6, 4, false, false},
 };
 constexpr ChipRow kUnknownChip = {"", 0, 0, false, false};
 constexpr int32_t kSlaveChipType = 5;

@@ -16,27 +16,22 @@
 using android::RefBase;
 using android::sp;
 
+using namespace read_epochs_state;
+
+namespace read_epochs_state {
+std::atomic<uint64_t> currentEpoch{1};
+std::atomic<size_t> retiredCount{0};
+std::atomic<bool> readersFence{false};
+}  // namespace read_epochs_state
+
 namespace {
-
-constexpr uint64_t kNotPinned = 0;
-
-// One per thread that has pinned; taken over by another thread once its own
-// thread has exited. Slots are never freed, so a scan may walk them at any time.
-struct ReaderSlot {
-    std::atomic<uint64_t> pinnedEpoch{kNotPinned};
-    std::atomic<bool> taken{true};
-    unsigned depth = 0;          // used by the owning thread only
-    ReaderSlot* next = nullptr;  // fixed before the slot is published
-};
 
 struct RetiredReference {
     uint64_t epoch;  // the epoch the replacement opened
     sp<RefBase> reference;
 };
 
-std::atomic<uint64_t> g_epoch{1};
 std::atomic<ReaderSlot*> g_slots{nullptr};
-std::atomic<size_t> g_retiredCount{0};
 
 std::mutex& retireLock() {
     static std::mutex lock;
@@ -49,9 +44,6 @@ std::vector<RetiredReference>& retiredList() {
     return list;
 }
 
-// Readers fence only when writers cannot fence on their behalf.
-std::atomic<bool> g_readersFence{false};
-
 // Whether the process may use the expedited private membarrier. Decided once,
 // before the first reader pins or the first writer scans.
 bool barrierAvailable() {
@@ -60,19 +52,10 @@ bool barrierAvailable() {
         bool registered =
             commands >= 0 && (commands & MEMBARRIER_CMD_PRIVATE_EXPEDITED) != 0 &&
             syscall(__NR_membarrier, MEMBARRIER_CMD_REGISTER_PRIVATE_EXPEDITED, 0, 0) == 0;
-        g_readersFence.store(!registered, std::memory_order_relaxed);
+        readersFence.store(!registered, std::memory_order_relaxed);
         return registered;
     }();
     return available;
-}
-
-// Orders a reader's store of its epoch before its next load.
-void readerFence() {
-    if (g_readersFence.load(std::memory_order_relaxed)) {
-        std::atomic_thread_fence(std::memory_order_seq_cst);
-    } else {
-        std::atomic_signal_fence(std::memory_order_seq_cst);
-    }
 }
 
 // Makes every pin store made so far visible to the scan that follows.
@@ -129,15 +112,21 @@ uint64_t oldestPinnedEpoch() {
     for (ReaderSlot* slot = g_slots.load(std::memory_order_acquire); slot != nullptr;
          slot = slot->next) {
         uint64_t epoch = slot->pinnedEpoch.load(std::memory_order_acquire);
-        if (epoch != kNotPinned) oldest = std::min(oldest, epoch);
+        if (epoch != ReaderSlot::kNotPinned) oldest = std::min(oldest, epoch);
     }
     return oldest;
+}
+
+}  // namespace
+
+ReaderSlot* currentReaderSlot() {
+    return t_slot != nullptr ? t_slot : takeSlot();
 }
 
 // Releases, outside the lock, every retired reference that no pinned reader
 // can hold: a reader that pinned at or after a reference's epoch read the handle
 // after the replacement.
-void reclaim() {
+void read_epochs_state::reclaim() {
     std::vector<RetiredReference> released;
     {
         std::lock_guard<std::mutex> guard(retireLock());
@@ -148,40 +137,23 @@ void reclaim() {
                                    [oldest](const auto& entry) { return entry.epoch > oldest; });
         released.assign(std::make_move_iterator(kept), std::make_move_iterator(list.end()));
         list.erase(kept, list.end());
-        g_retiredCount.store(list.size(), std::memory_order_relaxed);
+        retiredCount.store(list.size(), std::memory_order_relaxed);
     }
-}
-
-}  // namespace
-
-void pinReadEpoch() {
-    ReaderSlot* slot = t_slot != nullptr ? t_slot : takeSlot();
-    if (slot->depth++ != 0) return;
-    slot->pinnedEpoch.store(g_epoch.load(std::memory_order_acquire), std::memory_order_release);
-    readerFence();
-}
-
-void unpinReadEpoch() {
-    ReaderSlot* slot = t_slot;
-    if (--slot->depth != 0) return;
-    slot->pinnedEpoch.store(kNotPinned, std::memory_order_release);
-    readerFence();
-    if (g_retiredCount.load(std::memory_order_relaxed) != 0) reclaim();
 }
 
 void retireReference(sp<RefBase> previous) {
     if (previous == nullptr) return;
     {
         std::lock_guard<std::mutex> guard(retireLock());
-        uint64_t epoch = g_epoch.fetch_add(1, std::memory_order_acq_rel) + 1;
+        uint64_t epoch = currentEpoch.fetch_add(1, std::memory_order_acq_rel) + 1;
         retiredList().push_back({epoch, std::move(previous)});
-        g_retiredCount.store(retiredList().size(), std::memory_order_relaxed);
+        retiredCount.store(retiredList().size(), std::memory_order_relaxed);
     }
     reclaim();
 }
 
 size_t retiredReferenceCount() {
-    return g_retiredCount.load(std::memory_order_relaxed);
+    return retiredCount.load(std::memory_order_relaxed);
 }
 
 size_t readerSlotCount() {

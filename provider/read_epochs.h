@@ -16,11 +16,63 @@
 #include <utils/RefBase.h>
 #include <utils/StrongPointer.h>
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 
-// Pins may nest on one thread; only the outermost pair does any work.
-void pinReadEpoch();
-void unpinReadEpoch();
+// One per thread that has pinned; taken over by another thread once its own
+// thread has exited. Slots are never freed, so a scan may walk them at any time.
+struct ReaderSlot {
+    static constexpr uint64_t kNotPinned = 0;
+
+    std::atomic<uint64_t> pinnedEpoch{kNotPinned};
+    std::atomic<bool> taken{true};
+    unsigned depth = 0;          // used by the owning thread only
+    ReaderSlot* next = nullptr;  // fixed before the slot is published
+};
+
+// State shared by the inline pin and unpin below and read_epochs.cpp.
+namespace read_epochs_state {
+extern std::atomic<uint64_t> currentEpoch;
+extern std::atomic<size_t> retiredCount;
+extern std::atomic<bool> readersFence;  // set when writers cannot fence for readers
+
+// Orders a reader's store of its epoch before its next load.
+inline void readerFence() {
+    if (readersFence.load(std::memory_order_relaxed)) {
+        std::atomic_thread_fence(std::memory_order_seq_cst);
+    } else {
+        std::atomic_signal_fence(std::memory_order_seq_cst);
+    }
+}
+
+// Releases every retired reference that no pinned reader can still hold.
+void reclaim();
+}  // namespace read_epochs_state
+
+// The calling thread's slot, taken at its first pin.
+ReaderSlot* currentReaderSlot();
+
+// Pins may nest on one thread; only the outermost pair does any work. The pin
+// returns the slot that its unpin takes.
+inline ReaderSlot* pinReadEpoch() {
+    using namespace read_epochs_state;
+    ReaderSlot* slot = currentReaderSlot();
+    if (slot->depth++ == 0) {
+        slot->pinnedEpoch.store(currentEpoch.load(std::memory_order_acquire),
+                                std::memory_order_release);
+        readerFence();
+    }
+    return slot;
+}
+
+inline void unpinReadEpoch(ReaderSlot* slot) {
+    using namespace read_epochs_state;
+    if (--slot->depth != 0) return;
+    slot->pinnedEpoch.store(ReaderSlot::kNotPinned, std::memory_order_release);
+    readerFence();
+    if (retiredCount.load(std::memory_order_relaxed) != 0) reclaim();
+}
 
 // Takes over a reference that a writer has just replaced in its handle (after
 // the new value is published) and releases it as soon as that is safe. Safe to

@@ -10,6 +10,8 @@
 
 class StoreLock {
   public:
+    constexpr StoreLock() = default;
+
     void lock() {
         while (mHeld.exchange(true, std::memory_order_acquire)) {
             while (mHeld.load(std::memory_order_relaxed)) sched_yield();

@@ -162,7 +162,7 @@ bool increases(uint32_t usedGps) {
 // Counts, pads and copies the 1.0 store for its report in one hold of the lock;
 // the framework is called on the copy, after the lock is dropped.
 Augmentation augmentStore1(SvStatus1& report) {
-    std::lock_guard<StoreLock> lock(svStoreLock());
+    std::lock_guard<StoreLock> lock(svStoreLock);
     // A numSvs above the record's 64 entries is taken as a full record.
     size_t n = g_svStatus.numSvs < kSvCapacity ? g_svStatus.numSvs : kSvCapacity;
     Augmentation result{usedGpsCount(g_svStatus, n), svIncreaseFlag};
@@ -176,7 +176,7 @@ Augmentation augmentStore1(SvStatus1& report) {
 
 // The same for the 2.0 store; `full` tells that it was too full to pad.
 Augmentation augmentStore2(std::vector<SvInfo2>& report, bool& full) {
-    std::lock_guard<StoreLock> lock(svStoreLock());
+    std::lock_guard<StoreLock> lock(svStoreLock);
     Augmentation result{usedGpsCount(g_svInfoList), svIncreaseFlag};
     full = g_svInfoList.size() >= kList2Bound;
     if (increases(result.usedGps)) {

@@ -73,8 +73,8 @@ class PinningThread {
             std::unique_lock<std::mutex> lock(mMutex);
             mChanged.wait(lock, [this] { return mCommand != kNone; });
             Command command = mCommand;
-            if (command == kPin) pinReadEpoch();
-            if (command == kUnpin) unpinReadEpoch();
+            if (command == kPin) mSlot = pinReadEpoch();
+            if (command == kUnpin) unpinReadEpoch(mSlot);
             mCommand = kNone;
             mChanged.notify_all();
             if (command == kExit) return;
@@ -84,6 +84,7 @@ class PinningThread {
     std::mutex mMutex;
     std::condition_variable mChanged;
     Command mCommand = kNone;
+    ReaderSlot* mSlot = nullptr;
     std::thread mThread;
 };
 
