@@ -11,9 +11,12 @@
 //   library_allocs, floor_allocs   heap allocations per call on the calling
 //                          thread, after one warm-up call (-1: not counted in
 //                          this build)
-// and, apart, the cost of one of the library's handle reads (parts/pinned_read).
+// and, apart, parts that every implementation pays (parts/...): one of the
+// library's handle reads and the bounded copies of the NMEA and 1.0 paths.
 #include <benchmark/benchmark.h>
+#include <bounded_copy.h>
 #include <time.h>
+#include <zdgnssprovider.h>
 
 #include <algorithm>
 #include <mutex>
@@ -22,7 +25,7 @@
 
 #include "alloc_counter.h"
 #include "feed_paths.h"
-#include "pinned_handle.h"
+#include "null_parties.h"
 
 namespace {
 
@@ -91,20 +94,35 @@ void measurePath(benchmark::State& state, const FeedPath* path) {
     state.SetLabel(path->description);
 }
 
-// For reading the ratios: one handle read as the feed paths make it at the
-// start of every remote call, the thread pinned and the published pointer
-// loaded, then unpinned.
-android::sp<bench::NullEngine> g_benchHandle;
-
+// For reading the ratios, the parts of the paths' cost that no implementation
+// avoids: the library's own handle read (isFDSupport is one pinned read and a
+// test for null), and the bounded platform calls that the NMEA and 1.0 satellite
+// paths must make.
 void measurePinnedRead(benchmark::State& state) {
-    std::mutex lock;
-    publishHandle<g_benchHandle>(lock, bench::connectedRig().engine);
-    for (auto _ : state) {
-        PinnedHandle<g_benchHandle> engine;
-        benchmark::DoNotOptimize(engine.get());
-    }
-    publishHandle<g_benchHandle>(lock, android::sp<bench::NullEngine>());
+    for (auto _ : state) benchmark::DoNotOptimize(isFDSupport());
 }
+
+template <size_t kSize>
+void measureClear(benchmark::State& state) {
+    alignas(8) static char buffer[kSize];
+    for (auto _ : state) {
+        memset_s(buffer, kSize, 0, kSize);
+        benchmark::ClobberMemory();
+    }
+}
+
+template <size_t kSize>
+void measureCopy(benchmark::State& state, size_t count) {
+    alignas(8) static char from[kSize];
+    alignas(8) static char to[kSize];
+    for (auto _ : state) {
+        memcpy_s(to, kSize, from, count);
+        benchmark::ClobberMemory();
+    }
+}
+
+constexpr size_t kRmcBuffer = 256;
+constexpr size_t kSvStatusRecord = sizeof(bench::gnss_v1_0::IGnssCallback::GnssSvStatus);
 
 }  // namespace
 
@@ -115,6 +133,12 @@ int main(int argc, char** argv) {
         benchmark::RegisterBenchmark(name.c_str(), measurePath, &path)->UseRealTime();
     }
     benchmark::RegisterBenchmark("parts/pinned_read", measurePinnedRead);
+    benchmark::RegisterBenchmark("parts/memset_s_rmc_buffer", measureClear<kRmcBuffer>);
+    benchmark::RegisterBenchmark("parts/memcpy_s_rmc_sentence", measureCopy<kRmcBuffer>,
+                                 size_t{bench::kRmcLength});
+    benchmark::RegisterBenchmark("parts/memset_s_sv_record", measureClear<kSvStatusRecord>);
+    benchmark::RegisterBenchmark("parts/memcpy_s_sv_record", measureCopy<kSvStatusRecord>,
+                                 kSvStatusRecord);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     benchmark::RunSpecifiedBenchmarks();

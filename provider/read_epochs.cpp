@@ -67,13 +67,11 @@ void writerBarrier() {
     std::atomic_thread_fence(std::memory_order_seq_cst);
 }
 
-thread_local ReaderSlot* t_slot = nullptr;
-
 // Hands the thread's slot back when the thread exits.
 struct SlotReturn {
     ~SlotReturn() {
-        if (t_slot != nullptr) t_slot->taken.store(false, std::memory_order_release);
-        t_slot = nullptr;
+        if (t_readerSlot != nullptr) t_readerSlot->taken.store(false, std::memory_order_release);
+        t_readerSlot = nullptr;
     }
 };
 thread_local SlotReturn t_slotReturn;
@@ -98,14 +96,18 @@ ReaderSlot* publishNewSlot() {
     return slot;
 }
 
-ReaderSlot* takeSlot() {
+}  // namespace
+
+ReaderSlot* takeReaderSlot() {
     barrierAvailable();
     ReaderSlot* slot = takeFreeSlot();
     if (slot == nullptr) slot = publishNewSlot();
     (void)&t_slotReturn;  // registers the hand-back at thread exit
-    t_slot = slot;
+    t_readerSlot = slot;
     return slot;
 }
+
+namespace {
 
 uint64_t oldestPinnedEpoch() {
     uint64_t oldest = std::numeric_limits<uint64_t>::max();
@@ -118,10 +120,6 @@ uint64_t oldestPinnedEpoch() {
 }
 
 }  // namespace
-
-ReaderSlot* currentReaderSlot() {
-    return t_slot != nullptr ? t_slot : takeSlot();
-}
 
 // Releases, outside the lock, every retired reference that no pinned reader
 // can hold: a reader that pinned at or after a reference's epoch read the handle

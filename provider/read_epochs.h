@@ -50,8 +50,16 @@ inline void readerFence() {
 void reclaim();
 }  // namespace read_epochs_state
 
-// The calling thread's slot, taken at its first pin.
-ReaderSlot* currentReaderSlot();
+// The calling thread's slot once it has taken one.
+inline thread_local ReaderSlot* t_readerSlot = nullptr;
+
+// Takes a slot for the calling thread, at its first pin.
+ReaderSlot* takeReaderSlot();
+
+inline ReaderSlot* currentReaderSlot() {
+    ReaderSlot* slot = t_readerSlot;
+    return slot != nullptr ? slot : takeReaderSlot();
+}
 
 // Pins may nest on one thread; only the outermost pair does any work. The pin
 // returns the slot that its unpin takes.
