@@ -132,27 +132,13 @@ void reportList2(const std::vector<SvInfo2>& svInfoList) {
     framework->gnssSvStatusCb_2_0(list).isOk();
 }
 
-}  // namespace
-
-void reportAddSvList(const SvStatus1& status) {
-    PinnedHandle<g_gnssCbIface> framework;
-    if (framework == nullptr) return;
-    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: begin to report false sv .", kLogPrefix);
-    reportZdSvFlag.store(true, std::memory_order_release);
-    framework->gnssSvStatusCb(status).isOk();
-}
-
-void ReportAddSvList(std::vector<SvInfo2> svInfoList) {
-    reportList2(svInfoList);
-}
-
-namespace {
-
 // What one location made of a store: the used-GPS count found before any
-// fake entry was added, and whether the store is to be reported.
+// fake entry was added, whether the store is to be reported, and (2.0 only)
+// whether it was too full to pad.
 struct Augmentation {
     uint32_t usedGps;
     bool report;
+    bool full = false;
 };
 
 bool increases(uint32_t usedGps) {
@@ -174,13 +160,13 @@ Augmentation augmentStore1(SvStatus1& report) {
     return result;
 }
 
-// The same for the 2.0 store; `full` tells that it was too full to pad.
-Augmentation augmentStore2(std::vector<SvInfo2>& report, bool& full) {
+// The same for the 2.0 store.
+Augmentation augmentStore2(std::vector<SvInfo2>& report) {
     std::lock_guard<StoreLock> lock(svStoreLock);
     Augmentation result{usedGpsCount(g_svInfoList), svIncreaseFlag};
-    full = g_svInfoList.size() >= kList2Bound;
+    result.full = g_svInfoList.size() >= kList2Bound;
     if (increases(result.usedGps)) {
-        if (!full) {
+        if (!result.full) {
             for (size_t i = 0; i < kFakeCount; ++i) g_svInfoList.push_back(fakeEntry2(i));
         }
         result.report = true;
@@ -190,6 +176,18 @@ Augmentation augmentStore2(std::vector<SvInfo2>& report, bool& full) {
 }
 
 }  // namespace
+
+void reportAddSvList(const SvStatus1& status) {
+    PinnedHandle<g_gnssCbIface> framework;
+    if (framework == nullptr) return;
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: begin to report false sv .", kLogPrefix);
+    reportZdSvFlag.store(true, std::memory_order_release);
+    framework->gnssSvStatusCb(status).isOk();
+}
+
+void ReportAddSvList(std::vector<SvInfo2> svInfoList) {
+    reportList2(svInfoList);
+}
 
 void addSvList(const gnss_v1_0::GnssLocation& location) {
     __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "%s: location 1.0 flag is %d", kLogPrefix,
@@ -227,8 +225,7 @@ void addSvList(const gnss_v2_0::GnssLocation& location) {
     locationFlag.store(true, std::memory_order_release);
     ReportList2 buffer;
     std::vector<SvInfo2>& list = buffer.get();
-    bool full = false;
-    Augmentation found = augmentStore2(list, full);
+    Augmentation found = augmentStore2(list);
     if (!increases(found.usedGps)) {
         if (found.report) {
             logNoIncrease();
@@ -239,7 +236,7 @@ void addSvList(const gnss_v2_0::GnssLocation& location) {
     }
     svIncreaseFlag.store(true, std::memory_order_release);
     logIncrease(found.usedGps);
-    if (full) {
+    if (found.full) {
         __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG,
                             "%s: sv number > 58, no need add fake satellites", kLogPrefix);
     }
