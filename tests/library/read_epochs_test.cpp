@@ -160,15 +160,23 @@ TEST_F(ReadEpochsTest, ReadersNeverCallAReleasedObjectWhileAWriterReplacesIt) {
     constexpr int kReplacements = 3000;
     std::atomic<bool> done{false};
     std::atomic<long> calls{0};
+    std::atomic<int> running{0};
     std::vector<std::thread> readers;
+    store(new Counted);
     for (int r = 0; r < kReaders; ++r) {
         readers.emplace_back([&] {
+            bool counted = false;
             while (!done.load(std::memory_order_acquire)) {
                 PinnedHandle<g_handle> object;
                 if (object != nullptr) calls += object->call();
+                if (!counted) ++running;
+                counted = true;
             }
         });
     }
+    // The writer starts once every reader has read, so the reads overlap the
+    // replacements even where a replacement is cheap.
+    while (running.load() < kReaders) std::this_thread::yield();
     for (int i = 0; i < kReplacements; ++i) store(i % 7 == 0 ? nullptr : sp<Counted>(new Counted));
     done.store(true, std::memory_order_release);
     for (std::thread& reader : readers) reader.join();
