@@ -15,7 +15,7 @@
 #include <mutex>
 #include <utility>
 
-#include "../provider/guarded_handle.h"
+#include "guarded_handle.h"
 #include "ZdGnssHalInface.h"
 #include "zdgnssprovider.h"
 
@@ -79,7 +79,8 @@ void store(sp<T>& handle, const sp<T>& value) {
     replaceHandle(g_handleMutex, handle, value);
 }
 
-int16_t hidlVersionOf(const Return<uint16_t>& version) {
+// Takes the Return itself: before Android 13, withDefault() is not a const member.
+int16_t hidlVersionOf(Return<uint16_t>&& version) {
     return static_cast<int16_t>(version.withDefault(0));
 }
 

@@ -105,7 +105,7 @@ class Return : public details::return_status {
         assertOk();
         return mVal;
     }
-    T withDefault(T defaultValue) const { return isOk() ? mVal : defaultValue; }
+    T withDefault(T defaultValue) { return isOk() ? mVal : defaultValue; }
 
   private:
     T mVal;
@@ -127,7 +127,7 @@ class Return<sp<T>> : public details::return_status {
         assertOk();
         return mVal;
     }
-    sp<T> withDefault(sp<T> defaultValue) const { return isOk() ? mVal : defaultValue; }
+    sp<T> withDefault(sp<T> defaultValue) { return isOk() ? mVal : defaultValue; }
 
   private:
     sp<T> mVal;
