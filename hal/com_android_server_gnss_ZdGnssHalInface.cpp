@@ -15,8 +15,8 @@
 #include <mutex>
 #include <utility>
 
-#include "guarded_handle.h"
 #include "ZdGnssHalInface.h"
+#include "guarded_handle.h"
 #include "zdgnssprovider.h"
 
 using android::sp;
