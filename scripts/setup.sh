@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   android-liblog-dev android-libutils-dev android-libbase-dev android-libcutils-dev
   hidl-gen blueprint-tools
-  cmake ninja-build g++ clang llvm libclang-rt-14-dev
+  cmake ninja-build g++ clang llvm libclang-rt-14-dev libc++-14-dev libc++abi-14-dev googletest
   libgtest-dev libgmock-dev libbenchmark-dev
   python3 clang-format
 )

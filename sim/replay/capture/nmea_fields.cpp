@@ -1,7 +1,10 @@
 #include "nmea_fields.h"
 
+#include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
+#include <string>
 
 namespace replay {
 namespace {
@@ -41,11 +44,19 @@ std::optional<double> signedByHemisphere(std::optional<double> degrees, std::str
 
 }  // namespace
 
+// A plain decimal number, as NMEA writes one. strtod rather than from_chars,
+// which libc++ 14 offers for integers only; the character check keeps strtod
+// from reading hex, "inf", "nan" or leading blanks that NMEA never holds.
 std::optional<double> readNumber(std::string_view field) {
-    double value = 0;
-    const char* end = field.data() + field.size();
-    auto [stop, error] = std::from_chars(field.data(), end, value);
-    if (field.empty() || error != std::errc() || stop != end || !std::isfinite(value)) {
+    if (field.empty() || field[0] == '+' ||
+        field.find_first_not_of("0123456789.eE+-") != std::string_view::npos) {
+        return std::nullopt;
+    }
+    std::string text(field);
+    char* stop = nullptr;
+    errno = 0;
+    double value = std::strtod(text.c_str(), &stop);
+    if (stop != text.c_str() + text.size() || errno == ERANGE || !std::isfinite(value)) {
         return std::nullopt;
     }
     return value;
