@@ -112,7 +112,9 @@ def lookup_rows(lookup):
     pauses, seconds = int(run["lookup_pauses"]), run["lookup_seconds"]
     real_lookup = pauses == LOOKUP_PAUSES and seconds >= LOOKUP_PAUSES * 0.95
     ratio = run["p99_ratio"]
-    return [["%s (%d pauses, %.1f s)" % (title, pauses, seconds), ns(run["p99_lookup_ns"]),
+    calls = int(run["samples_lookup"])
+    return [["%s (%d pauses, %.1f s, %d calls)" % (title, pauses, seconds, calls),
+             ns(run["p99_lookup_ns"]),
              ns(run["p99_idle_ns"]) + " idle", "%.2f× idle" % ratio, target,
              verdict(real_lookup and 0 < ratio <= LOOKUP_RATIO_LIMIT)]]
 
