@@ -10,8 +10,11 @@ packages and our vendor packages) and checks what hidl-gen computed:
   ibase    the C++ signatures of the ten IBase methods and which of them are oneway
   layouts  record sizes, alignments and field offsets
   bpfmt    every Android.bp in the repository is formatted as bpfmt wants
+  standard the host copies of the standard packages give the same interface chains,
+           transaction codes and record layouts as the platform's own .hal files
 
 Usage: check_interfaces.py CHECK HIDL_GEN REPO_ROOT SCRATCH_DIR [--bpfmt PATH]
+                           [--platform DIR]
 """
 
 import argparse
@@ -182,41 +185,49 @@ class CheckFailed(Exception):
 
 # ---------------------------------------------------------------- generation
 
-def discover_packages(repo):
+def repo_roots(repo):
+    return [(prefix, os.path.join(repo, rel)) for prefix, rel in PACKAGE_ROOTS]
+
+
+def platform_roots(platform):
+    """The platform keeps each standard prefix's packages in interfaces/<prefix>."""
+    return [(prefix, os.path.join(platform, "interfaces", prefix))
+            for prefix, _ in PACKAGE_ROOTS if prefix.startswith("android.")]
+
+
+def discover_packages(roots):
     """Every directory holding .hal files is one package version."""
     packages = []
-    for prefix, rel in PACKAGE_ROOTS:
-        top = os.path.join(repo, rel)
+    for prefix, top in roots:
         for dirpath, _, files in os.walk(top):
             if any(f.endswith(".hal") for f in files):
                 parts = os.path.relpath(dirpath, top).split(os.sep)
                 packages.append("%s@%s" % (".".join([prefix] + parts[:-1]), parts[-1]))
     if not packages:
-        raise CheckFailed("no .hal packages found under " + repo)
+        raise CheckFailed("no .hal packages found under " + ", ".join(t for _, t in roots))
     return sorted(packages)
 
 
-def run_hidl_gen(hidl_gen, repo, out, lang, package):
-    roots = []
-    for prefix, rel in PACKAGE_ROOTS:
-        roots += ["-r", "%s:%s" % (prefix, os.path.join(repo, rel))]
-    cmd = [hidl_gen, "-o", out, "-L" + lang] + roots + [package]
+def run_hidl_gen(hidl_gen, roots, out, lang, package):
+    cmd = [hidl_gen, "-o", out, "-L" + lang]
+    for prefix, top in roots:
+        cmd += ["-r", "%s:%s" % (prefix, top)]
+    cmd.append(package)
     proc = subprocess.run(cmd, capture_output=True, text=True)
     if proc.returncode != 0:
         raise CheckFailed("hidl-gen -L%s failed for %s:\n%s%s"
                           % (lang, package, proc.stdout, proc.stderr))
 
 
-def generate(hidl_gen, repo, scratch):
+def generate(hidl_gen, roots, out):
     if not (os.path.isfile(hidl_gen) and os.access(hidl_gen, os.X_OK)):
         raise CheckFailed("hidl-gen not found or not executable: " + hidl_gen)
-    out = os.path.join(scratch, "generated")
     shutil.rmtree(out, ignore_errors=True)
     os.makedirs(out)
-    packages = discover_packages(repo)
+    packages = discover_packages(roots)
     for package in packages:
         for lang in ("c++-headers", "c++-sources"):
-            run_hidl_gen(hidl_gen, repo, out, lang, package)
+            run_hidl_gen(hidl_gen, roots, out, lang, package)
     print("generated C++ for %d packages: %s" % (len(packages), ", ".join(packages)))
     return out
 
@@ -490,6 +501,28 @@ def check_bpfmt(bpfmt, repo, scratch):
     report(errors, "bpfmt on %d Android.bp files" % len(blueprints))
 
 
+# ---------------------------------------------------------------- standard
+
+def compare(what, host, real, errors):
+    for name in sorted(set(host) | set(real)):
+        if host.get(name) != real.get(name):
+            errors.append("%s %s: host copy gives %s, platform gives %s"
+                          % (what, name, host.get(name), real.get(name)))
+
+
+def check_standard(hidl_gen, repo, platform, scratch):
+    standard = [root for root in repo_roots(repo) if root[0].startswith("android.")]
+    host = generate(hidl_gen, standard, os.path.join(scratch, "host"))
+    real = generate(hidl_gen, platform_roots(platform), os.path.join(scratch, "platform"))
+    errors = []
+    interfaces = parse_interfaces(real)
+    compare("interface", parse_interfaces(host), interfaces, errors)
+    layouts = parse_layouts(real)
+    compare("record", parse_layouts(host), layouts, errors)
+    report(errors, "host copies against the platform's %d interfaces and %d records"
+           % (len(interfaces), len(layouts)))
+
+
 # ---------------------------------------------------------------- driver
 
 def report(errors, what):
@@ -500,11 +533,12 @@ def report(errors, what):
 
 def parse_args(argv):
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("check", choices=("codes", "ibase", "layouts", "bpfmt"))
+    parser.add_argument("check", choices=("codes", "ibase", "layouts", "bpfmt", "standard"))
     parser.add_argument("hidl_gen")
     parser.add_argument("repo")
     parser.add_argument("scratch")
     parser.add_argument("--bpfmt", default="bpfmt")
+    parser.add_argument("--platform", help="folder holding the platform's interfaces/")
     return parser.parse_args(argv)
 
 
@@ -516,7 +550,10 @@ def main(argv):
         if args.check == "bpfmt":
             check_bpfmt(args.bpfmt, repo, scratch)
             return 0
-        out = generate(args.hidl_gen, repo, scratch)
+        if args.check == "standard":
+            check_standard(args.hidl_gen, repo, os.path.abspath(args.platform), scratch)
+            return 0
+        out = generate(args.hidl_gen, repo_roots(repo), os.path.join(scratch, "generated"))
         {"codes": check_codes, "ibase": check_ibase, "layouts": check_layouts}[args.check](out)
     except CheckFailed as failure:
         print("FAIL: %s" % failure, file=sys.stderr)
