@@ -19,11 +19,13 @@ Usage: check_interfaces.py CHECK HIDL_GEN REPO_ROOT SCRATCH_DIR [--bpfmt PATH]
 
 import argparse
 import os
-import re
 import shutil
 import subprocess
 import sys
 from collections import namedtuple
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "host", "gen"))
+import hidl_cpp  # noqa: E402
 
 # Package prefix -> directory holding that prefix's packages, relative to the repository root.
 PACKAGE_ROOTS = (
@@ -246,12 +248,6 @@ def read(path):
 
 # ---------------------------------------------------------------- codes
 
-PROXY_DEF = re.compile(r"^\S.* BpHw(\w+)::_hidl_(\w+)\(", re.M)
-TRANSACT = re.compile(r"->transact\((\d+) /\* (\w+) \*/[^;]*?(1u /\* oneway \*/)?\);")
-STUB_CASE = re.compile(r"^\s*case (\d+) /\* (\w+) \*/:", re.M)
-CHAIN_BODY = re.compile(
-    r"::interfaceChain\(interfaceChain_cb _hidl_cb\)\{\s*_hidl_cb\(\{(.*?)\}\);", re.S)
-DESCRIPTOR = re.compile(r"::((?:\w+::)+?)V(\d+)_(\d+)::(\w+)::descriptor")
 RESERVED_CODE_MIN = 0x0F000000
 
 Interface = namedtuple("Interface", "own stub chain")
@@ -264,35 +260,10 @@ def fq_name_of(out, path):
     return "%s@%s::%s" % (".".join(parts[:-2]), parts[-2], iface)
 
 
-def parse_proxies(text, path):
-    """Method -> (code, oneway) for every BpHw::_hidl_ function that transacts."""
-    methods = {}
-    starts = list(PROXY_DEF.finditer(text))
-    for i, start in enumerate(starts):
-        end = starts[i + 1].start() if i + 1 < len(starts) else len(text)
-        call = TRANSACT.search(text, start.end(), end)
-        if call is None:
-            continue
-        if call.group(2) != start.group(2):
-            raise CheckFailed("%s: proxy _hidl_%s transacts as %s"
-                              % (path, start.group(2), call.group(2)))
-        methods[start.group(2)] = (int(call.group(1)), call.group(3) is not None)
-    return methods
-
-
-def parse_chain(text, path):
-    body = CHAIN_BODY.search(text)
-    if body is None:
-        raise CheckFailed(path + ": no interfaceChain found")
-    return ["%s@%s.%s::%s" % (ns.strip(":").replace("::", "."), major, minor, name)
-            for ns, major, minor, name in DESCRIPTOR.findall(body.group(1))]
-
-
 def parse_interface(path):
     text = read(path)
-    stub = {int(code): name for code, name in STUB_CASE.findall(text)
-            if int(code) < RESERVED_CODE_MIN}
-    return Interface(parse_proxies(text, path), stub, parse_chain(text, path))
+    return Interface(hidl_cpp.proxy_codes(text, path), hidl_cpp.stub_codes(text, RESERVED_CODE_MIN),
+                     hidl_cpp.chain_descriptors(text, path))
 
 
 def parse_interfaces(out):
@@ -379,12 +350,8 @@ def check_codes(out):
 
 # ---------------------------------------------------------------- ibase
 
-IBASE_DECL = re.compile(r"^\s*virtual ::android::hardware::Return<(.*)> (\w+)\((.*)\);$", re.M)
-IBASE_CB = re.compile(r"^\s*using (\w+)_cb = std::function<void\((.*)\)>;$", re.M)
-
-
 def check_ibase_declarations(header, errors):
-    declared = {name: (ret, args) for ret, name, args in IBASE_DECL.findall(header)}
+    declared = {op.name: (op.result, op.params_text) for op in hidl_cpp.declared_operations(header)}
     if set(declared) != set(EXPECTED_IBASE):
         errors.append("IBase declares %s, expected exactly %s"
                       % (sorted(declared), sorted(EXPECTED_IBASE)))
@@ -395,7 +362,7 @@ def check_ibase_declarations(header, errors):
 
 
 def check_ibase_callbacks(header, errors):
-    callbacks = dict(IBASE_CB.findall(header))
+    callbacks = hidl_cpp.callback_types(header)
     expected = {n: results for n, (_, _, results) in EXPECTED_IBASE.items() if results}
     for name in sorted(set(callbacks) | set(expected)):
         if callbacks.get(name) != expected.get(name):
@@ -404,7 +371,7 @@ def check_ibase_callbacks(header, errors):
 
 
 def check_ibase_oneway(source, errors):
-    proxies = parse_proxies(source, "BaseAll.cpp")
+    proxies = hidl_cpp.proxy_codes(source, "BaseAll.cpp")
     oneway = {name for name, (_, ow) in proxies.items() if ow}
     if oneway != EXPECTED_IBASE_ONEWAY:
         errors.append("IBase oneway methods are %s, expected %s"
@@ -423,43 +390,31 @@ def check_ibase(out):
 
 # ---------------------------------------------------------------- layouts
 
-LAYOUT_ASSERT = re.compile(
-    r"static_assert\((offsetof|sizeof|__alignof)\(::([\w:]+?)(?:, (\w+))?\) == (\d+)")
-
-
 def parse_layouts(out):
-    """C++ type -> {"size": n, "align": n, "offsets": {field: n}} from generated headers."""
+    """C++ type -> hidl_cpp.Layout, from every generated header."""
     layouts = {}
     for path in generated_files(out, ".h"):
-        for kind, cxx, field, value in LAYOUT_ASSERT.findall(read(path)):
-            entry = layouts.setdefault(cxx, {"size": None, "align": None, "offsets": {}})
-            if kind == "offsetof":
-                entry["offsets"][field] = int(value)
-            else:
-                entry["size" if kind == "sizeof" else "align"] = int(value)
+        hidl_cpp.record_layouts(read(path), layouts)
     return layouts
 
 
 def cxx_name(fq):
     """vendor.x.fusd@1.2::Outer.Inner -> vendor::x::fusd::V1_2::Outer::Inner"""
-    package, type_name = fq.split("::")
-    name, version = package.split("@")
-    major, minor = version.split(".")
-    return "::".join(name.split(".") + ["V%s_%s" % (major, minor)] + type_name.split("."))
+    return hidl_cpp.cpp_name(fq).lstrip(":")
 
 
 def check_layout(fq, expected, actual, errors):
     for what in ("size", "align"):
-        if actual[what] != getattr(expected, what):
+        if getattr(actual, what) != getattr(expected, what):
             errors.append("%s: %s is %s, expected %d"
-                          % (fq, what, actual[what], getattr(expected, what)))
+                          % (fq, what, getattr(actual, what), getattr(expected, what)))
     for field, offset in expected.offsets.items():
-        if actual["offsets"].get(field) != offset:
+        if actual.offsets.get(field) != offset:
             errors.append("%s.%s: offset %s, expected %d"
-                          % (fq, field, actual["offsets"].get(field), offset))
-    if expected.complete and set(actual["offsets"]) != set(expected.offsets):
+                          % (fq, field, actual.offsets.get(field), offset))
+    if expected.complete and set(actual.offsets) != set(expected.offsets):
         errors.append("%s: fields %s, expected %s"
-                      % (fq, sorted(actual["offsets"]), sorted(expected.offsets)))
+                      % (fq, sorted(actual.offsets), sorted(expected.offsets)))
 
 
 def check_layouts(out):
@@ -510,6 +465,10 @@ def compare(what, host, real, errors):
                           % (what, name, host.get(name), real.get(name)))
 
 
+def as_tuples(layouts):
+    return {name: layout.as_tuple() for name, layout in layouts.items()}
+
+
 def check_standard(hidl_gen, repo, platform, scratch):
     standard = [root for root in repo_roots(repo) if root[0].startswith("android.")]
     host = generate(hidl_gen, standard, os.path.join(scratch, "host"))
@@ -518,7 +477,7 @@ def check_standard(hidl_gen, repo, platform, scratch):
     interfaces = parse_interfaces(real)
     compare("interface", parse_interfaces(host), interfaces, errors)
     layouts = parse_layouts(real)
-    compare("record", parse_layouts(host), layouts, errors)
+    compare("record", as_tuples(parse_layouts(host)), as_tuples(layouts), errors)
     report(errors, "host copies against the platform's %d interfaces and %d records"
            % (len(interfaces), len(layouts)))
 
@@ -555,7 +514,7 @@ def main(argv):
             return 0
         out = generate(args.hidl_gen, repo_roots(repo), os.path.join(scratch, "generated"))
         {"codes": check_codes, "ibase": check_ibase, "layouts": check_layouts}[args.check](out)
-    except CheckFailed as failure:
+    except (CheckFailed, hidl_cpp.ParseError) as failure:
         print("FAIL: %s" % failure, file=sys.stderr)
         return 1
     return 0
