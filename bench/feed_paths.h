@@ -1,7 +1,7 @@
 // The library's feed paths as the benchmarks and allocation checks drive them.
 // Each path has the library's call and its floor: the same call into the null
 // party plus the same log lines, written directly with nothing else, so the
-// ratio of the two is what the library adds on that path.
+// difference of the two is the library's own work on that path.
 #pragma once
 
 #include <string>

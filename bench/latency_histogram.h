@@ -1,5 +1,5 @@
 // Call latencies in nanoseconds, counted in one-nanosecond buckets up to 100 µs;
-// longer calls land in the last bucket, and the longest is kept as is.
+// longer calls land in the last bucket.
 #pragma once
 
 #include <algorithm>
@@ -14,13 +14,11 @@ class LatencyHistogram {
     static constexpr int64_t kLimitNs = 100000;
 
     void add(int64_t ns) {
-        mMax = std::max(mMax, ns);
         ++mBuckets[static_cast<size_t>(std::clamp<int64_t>(ns, 0, kLimitNs))];
         ++mCount;
     }
 
     uint64_t count() const { return mCount; }
-    int64_t max() const { return mMax; }
 
     // The smallest latency that at least `fraction` of the calls did not exceed.
     int64_t percentile(double fraction) const {
@@ -36,7 +34,6 @@ class LatencyHistogram {
   private:
     std::vector<uint64_t> mBuckets = std::vector<uint64_t>(kLimitNs + 1, 0);
     uint64_t mCount = 0;
-    int64_t mMax = 0;
 };
 
 }  // namespace bench

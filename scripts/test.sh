@@ -6,6 +6,9 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
 
+# provider/ and hal/ against the real platform headers of every supported release.
+scripts/platform-check.sh
+
 presets=("$@")
 ((${#presets[@]})) || presets=(default asan-ubsan tsan)
 jobs=$(nproc)

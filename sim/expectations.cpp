@@ -46,6 +46,7 @@ bool isExpectationCommand(const std::string& head) {
 
 bool parseExpectation(const Line& line, Expectation* out, std::string* error) {
     const std::string& head = line.tokens[0].text;
+    out->file = line.file;
     out->line = line.number;
     if (head == "expect-count") {
         out->kind = Expectation::Kind::Count;

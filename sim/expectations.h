@@ -18,7 +18,8 @@ struct Expectation {
     Kind kind = Kind::Line;
     std::string text;  // LINE or PREFIX
     size_t count = 0;  // N
-    int line = 0;      // in the scenario file
+    std::string file;  // the scenario file that holds it
+    int line = 0;      // in that file
 };
 
 bool isExpectationCommand(const std::string& head);

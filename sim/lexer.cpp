@@ -145,6 +145,10 @@ bool lexLine(const std::string& text, Line* line, std::string* error) {
     return true;
 }
 
+std::string location(const Line& line) {
+    return line.file + ":" + std::to_string(line.number);
+}
+
 bool lexScenario(const std::string& text, std::vector<Line>* lines, int* errorLine,
                  std::string* error) {
     lines->clear();

@@ -13,6 +13,7 @@ namespace sim {
 bool takesVerbatimText(const std::string& keyword);
 
 struct Line {
+    std::string file;           // the scenario file the line was read from
     int number = 0;             // in the file, from 1
     std::string text;           // as written, without the line end
     std::vector<Token> tokens;  // the command word first; just the keyword for verbatim lines
@@ -26,6 +27,9 @@ bool lexTokens(const std::string& text, std::vector<Token>* tokens, std::string*
 // Lexes one line of a scenario into *line (number left to the caller). Returns false and
 // sets *error when the line is malformed; a blank or comment line gives no tokens.
 bool lexLine(const std::string& text, Line* line, std::string* error);
+
+// "FILE:LINE", the place errors about the line point at.
+std::string location(const Line& line);
 
 // Lexes a whole scenario. On the first malformed line, returns false with its number in
 // *errorLine. Blank and comment lines are dropped.

@@ -2,14 +2,13 @@
 // prints its transcript; with --check, also holds the scenario's expectations.
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <iostream>
-#include <sstream>
 #include <string>
 
 #include "lexer.h"
 #include "replay/replay_cli.h"
 #include "scenario.h"
+#include "scenario_file.h"
 #include "transcript.h"
 
 namespace {
@@ -43,15 +42,6 @@ bool parseOptions(int argc, char** argv, Options* options) {
     return !options->file.empty();
 }
 
-bool readFile(const std::string& path, std::string* text) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return false;
-    std::ostringstream content;
-    content << in.rdbuf();
-    *text = content.str();
-    return true;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -64,21 +54,20 @@ int main(int argc, char** argv) {
         return sim::kExitBadScenario;
     }
     std::string text;
-    if (!readFile(options.file, &text)) {
+    if (!sim::readFile(options.file, &text)) {
         std::cerr << "zdgnss-sim: cannot read " << options.file << "\n";
         return sim::kExitBadScenario;
     }
     std::vector<sim::Line> lines;
     sim::Scenario scenario;
-    int errorLine = 0;
-    std::string error;
-    if (!sim::lexScenario(text, &lines, &errorLine, &error) ||
-        !sim::parseScenario(lines, &scenario, &errorLine, &error)) {
-        std::cerr << options.file << ":" << errorLine << ": " << error << "\n";
+    sim::SourceError error;
+    if (!sim::loadScenario(options.file, text, &lines, &error) ||
+        !sim::parseScenario(lines, &scenario, &error)) {
+        std::cerr << error.file << ":" << error.line << ": " << error.reason << "\n";
         return sim::kExitBadScenario;
     }
     sim::Transcript::get().setEcho(!options.quiet);
-    const int code = sim::runScenario(scenario, options.file, options.check, std::cerr);
+    const int code = sim::runScenario(scenario, options.check, std::cerr);
     // What the library's static destruction may log after the run is no part of it.
     sim::Transcript::get().setEcho(false);
     return code;

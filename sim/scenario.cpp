@@ -52,10 +52,18 @@ bool parseCommand(const Line& line, Step* step, std::string* error) {
     return true;
 }
 
-void reportFailure(const Step& step, const Expectation& failed, const std::string& name,
+// The command's line, with its file when an include put it in another one than the
+// expectation's.
+std::string commandPlace(const Step& step, const Expectation& failed) {
+    if (step.source.file == failed.file) return "line " + std::to_string(step.source.number);
+    return location(step.source);
+}
+
+void reportFailure(const Step& step, const Expectation& failed,
                    const std::vector<std::string>& segment, std::ostream& report) {
-    report << name << ":" << failed.line << ": expectation failed: " << describe(failed) << "\n";
-    report << "  held against the segment of line " << step.source.number << " ("
+    report << failed.file << ":" << failed.line << ": expectation failed: " << describe(failed)
+           << "\n";
+    report << "  held against the segment of " << commandPlace(step, failed) << " ("
            << step.source.text << "), " << segment.size()
            << (segment.size() == 1 ? " line" : " lines") << (segment.empty() ? "" : ":") << "\n";
     for (const auto& line : segment) report << "    " << line << "\n";
@@ -70,11 +78,12 @@ void startWorld() {
 
 }  // namespace
 
-bool parseScenario(const std::vector<Line>& lines, Scenario* out, int* errorLine,
-                   std::string* error) {
+bool parseScenario(const std::vector<Line>& lines, Scenario* out, SourceError* sourceError) {
     out->steps.clear();
     for (const Line& line : lines) {
-        *errorLine = line.number;
+        sourceError->file = line.file;
+        sourceError->line = line.number;
+        std::string* error = &sourceError->reason;
         if (isExpectationCommand(line.tokens[0].text) && !line.tokens[0].quoted) {
             Expectation expectation;
             if (out->steps.empty()) {
@@ -92,8 +101,7 @@ bool parseScenario(const std::vector<Line>& lines, Scenario* out, int* errorLine
     return true;
 }
 
-int runScenario(const Scenario& scenario, const std::string& name, bool check,
-                std::ostream& report) {
+int runScenario(const Scenario& scenario, bool check, std::ostream& report) {
     startWorld();
     for (const Step& step : scenario.steps) {
         Transcript::get().takeSegment();
@@ -102,13 +110,13 @@ int runScenario(const Scenario& scenario, const std::string& name, bool check,
         zdhost::pool::drain();
         const std::vector<std::string> segment = Transcript::get().takeSegment();
         if (!ran) {
-            report << name << ":" << step.source.number << ": " << error << "\n";
+            report << location(step.source) << ": " << error << "\n";
             return kExitBadScenario;
         }
         if (!check) continue;
         const int failed = firstFailure(step.expectations, segment);
         if (failed >= 0) {
-            reportFailure(step, step.expectations[failed], name, segment, report);
+            reportFailure(step, step.expectations[failed], segment, report);
             return kExitExpectationFailed;
         }
     }

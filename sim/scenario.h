@@ -9,6 +9,7 @@
 
 #include "expectations.h"
 #include "lexer.h"
+#include "scenario_file.h"
 
 namespace sim {
 
@@ -24,16 +25,15 @@ struct Scenario {
 
 // Builds the steps from lexed lines: environment commands and calls are fully checked
 // here; `fusd`, `vhal` and `fw` commands are checked by the world when they run.
-bool parseScenario(const std::vector<Line>& lines, Scenario* out, int* errorLine,
-                   std::string* error);
+// False and *error, at the offending line, when a line is malformed.
+bool parseScenario(const std::vector<Line>& lines, Scenario* out, SourceError* error);
 
 // Exit codes of a run.
 enum ExitCode { kExitOk = 0, kExitExpectationFailed = 1, kExitBadScenario = 2 };
 
 // Runs the scenario in a fresh world, one step after the other; after each step the
 // runtime's deliveries finish before the next begins. With check, the expectations are
-// held and the first failure is reported on `report` (as "NAME:LINE: ..."), ending the run.
-int runScenario(const Scenario& scenario, const std::string& name, bool check,
-                std::ostream& report);
+// held and the first failure is reported on `report` (as "FILE:LINE: ..."), ending the run.
+int runScenario(const Scenario& scenario, bool check, std::ostream& report);
 
 }  // namespace sim

@@ -1,20 +1,19 @@
-#include <zdhost/interface_support.h>
-
 #include <unistd.h>
+#include <zdhost/interface_support.h>
 
 namespace zdhost {
 
 ::android::hardware::hidl_vec<::android::hardware::hidl_string> toHidlStrings(
-        const std::vector<std::string>& strings) {
+    const std::vector<std::string>& strings) {
     ::android::hardware::hidl_vec<::android::hardware::hidl_string> out(strings.size());
     for (size_t i = 0; i < strings.size(); ++i) out[i] = strings[i];
     return out;
 }
 
 ::android::hardware::hidl_vec<::android::hardware::hidl_array<uint8_t, 32>> emptyHashChain(
-        size_t length) {
+    size_t length) {
     ::android::hardware::hidl_vec<::android::hardware::hidl_array<uint8_t, 32>> out(length);
-    for (auto& hash : out) std::fill(hash.begin(), hash.end(), 0);
+    for (auto& hash : out) std::fill(hash.data(), hash.data() + hash.size(), 0);
     return out;
 }
 

@@ -15,54 +15,33 @@ record that contains one of them.
 
 import argparse
 import os
-import re
 import sys
 
-OFFSET_RE = re.compile(r"static_assert\(offsetof\((::[\w:]+), (\w+)\) == \d+")
-FIELD_RE = re.compile(r"^\s*(.+?) \w+ __attribute__ \(\(aligned\(\d+\)\)\);", re.M)
-UNION_RE = re.compile(r"\bunion (\w+) final\b")
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "host", "gen"))
+import hidl_cpp  # noqa: E402
+
 SAFE_UNION_FIELDS = {"hidl_d", "hidl_u"}
 
 
 class Record:
-    def __init__(self, name):
+    def __init__(self, name, fields):
         self.name = name  # fully qualified, with a leading "::"
-        self.fields = []
+        self.fields = fields
         self.field_types = []
         self.skip = False
 
 
-def struct_body(text, short_name):
-    """Text of `struct short_name final { ... }`, or "" when not found."""
-    match = re.search(r"\bstruct %s final \{" % re.escape(short_name), text)
-    if not match:
-        return ""
-    depth = 0
-    for i in range(match.end() - 1, len(text)):
-        if text[i] == "{":
-            depth += 1
-        elif text[i] == "}":
-            depth -= 1
-            if depth == 0:
-                return text[match.end():i]
-    return ""
-
-
 def read_records(path, records):
-    with open(path, encoding="utf-8") as f:
-        text = f.read()
-    unions = set(UNION_RE.findall(text))
-    found = []
-    for type_name, field in OFFSET_RE.findall(text):
-        if type_name not in records:
-            records[type_name] = Record(type_name)
-            found.append(records[type_name])
-        if field not in records[type_name].fields:
-            records[type_name].fields.append(field)
-    for record in found:
-        short_name = record.name.rsplit("::", 1)[-1]
-        body = struct_body(text, short_name)
-        record.field_types = FIELD_RE.findall(body)
+    text = hidl_cpp.read(path)
+    unions = hidl_cpp.union_names(text)
+    for cxx, layout in hidl_cpp.record_layouts(text).items():
+        name = "::" + cxx
+        if name in records or not layout.offsets:
+            continue
+        record = records[name] = Record(name, list(layout.offsets))
+        short_name = cxx.rsplit("::", 1)[-1]
+        body = hidl_cpp.struct_body(text, short_name)
+        record.field_types = hidl_cpp.field_types(body)
         record.skip = (short_name in unions or "hidl_memory" in body
                        or bool(SAFE_UNION_FIELDS & set(record.fields)))
 
@@ -96,7 +75,7 @@ def write_header(path, headers, include_root, records):
     lines += ["", "namespace sim {", ""]
     lines += [signature(r) + ";" for r in records]
     lines += ["", "}  // namespace sim", ""]
-    write_if_changed(path, "\n".join(lines))
+    hidl_cpp.write_if_changed(path, "\n".join(lines))
 
 
 def write_source(path, header_name, records):
@@ -108,17 +87,7 @@ def write_source(path, header_name, records):
             lines.append("    appendField(out, prefix + \"%s\", v.%s);" % (field, field))
         lines += ["}", ""]
     lines += ["}  // namespace sim", ""]
-    write_if_changed(path, "\n".join(lines))
-
-
-def write_if_changed(path, content):
-    if os.path.exists(path):
-        with open(path, encoding="utf-8") as f:
-            if f.read() == content:
-                return
-    os.makedirs(os.path.dirname(os.path.abspath(path)), exist_ok=True)
-    with open(path, "w", encoding="utf-8") as f:
-        f.write(content)
+    hidl_cpp.write_if_changed(path, "\n".join(lines))
 
 
 def main(argv):

@@ -10,17 +10,22 @@ packages and our vendor packages) and checks what hidl-gen computed:
   ibase    the C++ signatures of the ten IBase methods and which of them are oneway
   layouts  record sizes, alignments and field offsets
   bpfmt    every Android.bp in the repository is formatted as bpfmt wants
+  standard the host copies of the standard packages give the same interface chains,
+           transaction codes and record layouts as the platform's own .hal files
 
 Usage: check_interfaces.py CHECK HIDL_GEN REPO_ROOT SCRATCH_DIR [--bpfmt PATH]
+                           [--platform DIR]
 """
 
 import argparse
 import os
-import re
 import shutil
 import subprocess
 import sys
 from collections import namedtuple
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "host", "gen"))
+import hidl_cpp  # noqa: E402
 
 # Package prefix -> directory holding that prefix's packages, relative to the repository root.
 PACKAGE_ROOTS = (
@@ -182,41 +187,49 @@ class CheckFailed(Exception):
 
 # ---------------------------------------------------------------- generation
 
-def discover_packages(repo):
+def repo_roots(repo):
+    return [(prefix, os.path.join(repo, rel)) for prefix, rel in PACKAGE_ROOTS]
+
+
+def platform_roots(platform):
+    """The platform keeps each standard prefix's packages in interfaces/<prefix>."""
+    return [(prefix, os.path.join(platform, "interfaces", prefix))
+            for prefix, _ in PACKAGE_ROOTS if prefix.startswith("android.")]
+
+
+def discover_packages(roots):
     """Every directory holding .hal files is one package version."""
     packages = []
-    for prefix, rel in PACKAGE_ROOTS:
-        top = os.path.join(repo, rel)
+    for prefix, top in roots:
         for dirpath, _, files in os.walk(top):
             if any(f.endswith(".hal") for f in files):
                 parts = os.path.relpath(dirpath, top).split(os.sep)
                 packages.append("%s@%s" % (".".join([prefix] + parts[:-1]), parts[-1]))
     if not packages:
-        raise CheckFailed("no .hal packages found under " + repo)
+        raise CheckFailed("no .hal packages found under " + ", ".join(t for _, t in roots))
     return sorted(packages)
 
 
-def run_hidl_gen(hidl_gen, repo, out, lang, package):
-    roots = []
-    for prefix, rel in PACKAGE_ROOTS:
-        roots += ["-r", "%s:%s" % (prefix, os.path.join(repo, rel))]
-    cmd = [hidl_gen, "-o", out, "-L" + lang] + roots + [package]
+def run_hidl_gen(hidl_gen, roots, out, lang, package):
+    cmd = [hidl_gen, "-o", out, "-L" + lang]
+    for prefix, top in roots:
+        cmd += ["-r", "%s:%s" % (prefix, top)]
+    cmd.append(package)
     proc = subprocess.run(cmd, capture_output=True, text=True)
     if proc.returncode != 0:
         raise CheckFailed("hidl-gen -L%s failed for %s:\n%s%s"
                           % (lang, package, proc.stdout, proc.stderr))
 
 
-def generate(hidl_gen, repo, scratch):
+def generate(hidl_gen, roots, out):
     if not (os.path.isfile(hidl_gen) and os.access(hidl_gen, os.X_OK)):
         raise CheckFailed("hidl-gen not found or not executable: " + hidl_gen)
-    out = os.path.join(scratch, "generated")
     shutil.rmtree(out, ignore_errors=True)
     os.makedirs(out)
-    packages = discover_packages(repo)
+    packages = discover_packages(roots)
     for package in packages:
         for lang in ("c++-headers", "c++-sources"):
-            run_hidl_gen(hidl_gen, repo, out, lang, package)
+            run_hidl_gen(hidl_gen, roots, out, lang, package)
     print("generated C++ for %d packages: %s" % (len(packages), ", ".join(packages)))
     return out
 
@@ -235,12 +248,6 @@ def read(path):
 
 # ---------------------------------------------------------------- codes
 
-PROXY_DEF = re.compile(r"^\S.* BpHw(\w+)::_hidl_(\w+)\(", re.M)
-TRANSACT = re.compile(r"->transact\((\d+) /\* (\w+) \*/[^;]*?(1u /\* oneway \*/)?\);")
-STUB_CASE = re.compile(r"^\s*case (\d+) /\* (\w+) \*/:", re.M)
-CHAIN_BODY = re.compile(
-    r"::interfaceChain\(interfaceChain_cb _hidl_cb\)\{\s*_hidl_cb\(\{(.*?)\}\);", re.S)
-DESCRIPTOR = re.compile(r"::((?:\w+::)+?)V(\d+)_(\d+)::(\w+)::descriptor")
 RESERVED_CODE_MIN = 0x0F000000
 
 Interface = namedtuple("Interface", "own stub chain")
@@ -253,35 +260,10 @@ def fq_name_of(out, path):
     return "%s@%s::%s" % (".".join(parts[:-2]), parts[-2], iface)
 
 
-def parse_proxies(text, path):
-    """Method -> (code, oneway) for every BpHw::_hidl_ function that transacts."""
-    methods = {}
-    starts = list(PROXY_DEF.finditer(text))
-    for i, start in enumerate(starts):
-        end = starts[i + 1].start() if i + 1 < len(starts) else len(text)
-        call = TRANSACT.search(text, start.end(), end)
-        if call is None:
-            continue
-        if call.group(2) != start.group(2):
-            raise CheckFailed("%s: proxy _hidl_%s transacts as %s"
-                              % (path, start.group(2), call.group(2)))
-        methods[start.group(2)] = (int(call.group(1)), call.group(3) is not None)
-    return methods
-
-
-def parse_chain(text, path):
-    body = CHAIN_BODY.search(text)
-    if body is None:
-        raise CheckFailed(path + ": no interfaceChain found")
-    return ["%s@%s.%s::%s" % (ns.strip(":").replace("::", "."), major, minor, name)
-            for ns, major, minor, name in DESCRIPTOR.findall(body.group(1))]
-
-
 def parse_interface(path):
     text = read(path)
-    stub = {int(code): name for code, name in STUB_CASE.findall(text)
-            if int(code) < RESERVED_CODE_MIN}
-    return Interface(parse_proxies(text, path), stub, parse_chain(text, path))
+    return Interface(hidl_cpp.proxy_codes(text, path), hidl_cpp.stub_codes(text, RESERVED_CODE_MIN),
+                     hidl_cpp.chain_descriptors(text, path))
 
 
 def parse_interfaces(out):
@@ -368,12 +350,8 @@ def check_codes(out):
 
 # ---------------------------------------------------------------- ibase
 
-IBASE_DECL = re.compile(r"^\s*virtual ::android::hardware::Return<(.*)> (\w+)\((.*)\);$", re.M)
-IBASE_CB = re.compile(r"^\s*using (\w+)_cb = std::function<void\((.*)\)>;$", re.M)
-
-
 def check_ibase_declarations(header, errors):
-    declared = {name: (ret, args) for ret, name, args in IBASE_DECL.findall(header)}
+    declared = {op.name: (op.result, op.params_text) for op in hidl_cpp.declared_operations(header)}
     if set(declared) != set(EXPECTED_IBASE):
         errors.append("IBase declares %s, expected exactly %s"
                       % (sorted(declared), sorted(EXPECTED_IBASE)))
@@ -384,7 +362,7 @@ def check_ibase_declarations(header, errors):
 
 
 def check_ibase_callbacks(header, errors):
-    callbacks = dict(IBASE_CB.findall(header))
+    callbacks = hidl_cpp.callback_types(header)
     expected = {n: results for n, (_, _, results) in EXPECTED_IBASE.items() if results}
     for name in sorted(set(callbacks) | set(expected)):
         if callbacks.get(name) != expected.get(name):
@@ -393,7 +371,7 @@ def check_ibase_callbacks(header, errors):
 
 
 def check_ibase_oneway(source, errors):
-    proxies = parse_proxies(source, "BaseAll.cpp")
+    proxies = hidl_cpp.proxy_codes(source, "BaseAll.cpp")
     oneway = {name for name, (_, ow) in proxies.items() if ow}
     if oneway != EXPECTED_IBASE_ONEWAY:
         errors.append("IBase oneway methods are %s, expected %s"
@@ -412,43 +390,31 @@ def check_ibase(out):
 
 # ---------------------------------------------------------------- layouts
 
-LAYOUT_ASSERT = re.compile(
-    r"static_assert\((offsetof|sizeof|__alignof)\(::([\w:]+?)(?:, (\w+))?\) == (\d+)")
-
-
 def parse_layouts(out):
-    """C++ type -> {"size": n, "align": n, "offsets": {field: n}} from generated headers."""
+    """C++ type -> hidl_cpp.Layout, from every generated header."""
     layouts = {}
     for path in generated_files(out, ".h"):
-        for kind, cxx, field, value in LAYOUT_ASSERT.findall(read(path)):
-            entry = layouts.setdefault(cxx, {"size": None, "align": None, "offsets": {}})
-            if kind == "offsetof":
-                entry["offsets"][field] = int(value)
-            else:
-                entry["size" if kind == "sizeof" else "align"] = int(value)
+        hidl_cpp.record_layouts(read(path), layouts)
     return layouts
 
 
 def cxx_name(fq):
     """vendor.x.fusd@1.2::Outer.Inner -> vendor::x::fusd::V1_2::Outer::Inner"""
-    package, type_name = fq.split("::")
-    name, version = package.split("@")
-    major, minor = version.split(".")
-    return "::".join(name.split(".") + ["V%s_%s" % (major, minor)] + type_name.split("."))
+    return hidl_cpp.cpp_name(fq).lstrip(":")
 
 
 def check_layout(fq, expected, actual, errors):
     for what in ("size", "align"):
-        if actual[what] != getattr(expected, what):
+        if getattr(actual, what) != getattr(expected, what):
             errors.append("%s: %s is %s, expected %d"
-                          % (fq, what, actual[what], getattr(expected, what)))
+                          % (fq, what, getattr(actual, what), getattr(expected, what)))
     for field, offset in expected.offsets.items():
-        if actual["offsets"].get(field) != offset:
+        if actual.offsets.get(field) != offset:
             errors.append("%s.%s: offset %s, expected %d"
-                          % (fq, field, actual["offsets"].get(field), offset))
-    if expected.complete and set(actual["offsets"]) != set(expected.offsets):
+                          % (fq, field, actual.offsets.get(field), offset))
+    if expected.complete and set(actual.offsets) != set(expected.offsets):
         errors.append("%s: fields %s, expected %s"
-                      % (fq, sorted(actual["offsets"]), sorted(expected.offsets)))
+                      % (fq, sorted(actual.offsets), sorted(expected.offsets)))
 
 
 def check_layouts(out):
@@ -490,6 +456,32 @@ def check_bpfmt(bpfmt, repo, scratch):
     report(errors, "bpfmt on %d Android.bp files" % len(blueprints))
 
 
+# ---------------------------------------------------------------- standard
+
+def compare(what, host, real, errors):
+    for name in sorted(set(host) | set(real)):
+        if host.get(name) != real.get(name):
+            errors.append("%s %s: host copy gives %s, platform gives %s"
+                          % (what, name, host.get(name), real.get(name)))
+
+
+def as_tuples(layouts):
+    return {name: layout.as_tuple() for name, layout in layouts.items()}
+
+
+def check_standard(hidl_gen, repo, platform, scratch):
+    standard = [root for root in repo_roots(repo) if root[0].startswith("android.")]
+    host = generate(hidl_gen, standard, os.path.join(scratch, "host"))
+    real = generate(hidl_gen, platform_roots(platform), os.path.join(scratch, "platform"))
+    errors = []
+    interfaces = parse_interfaces(real)
+    compare("interface", parse_interfaces(host), interfaces, errors)
+    layouts = parse_layouts(real)
+    compare("record", as_tuples(parse_layouts(host)), as_tuples(layouts), errors)
+    report(errors, "host copies against the platform's %d interfaces and %d records"
+           % (len(interfaces), len(layouts)))
+
+
 # ---------------------------------------------------------------- driver
 
 def report(errors, what):
@@ -500,11 +492,12 @@ def report(errors, what):
 
 def parse_args(argv):
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("check", choices=("codes", "ibase", "layouts", "bpfmt"))
+    parser.add_argument("check", choices=("codes", "ibase", "layouts", "bpfmt", "standard"))
     parser.add_argument("hidl_gen")
     parser.add_argument("repo")
     parser.add_argument("scratch")
     parser.add_argument("--bpfmt", default="bpfmt")
+    parser.add_argument("--platform", help="folder holding the platform's interfaces/")
     return parser.parse_args(argv)
 
 
@@ -516,9 +509,12 @@ def main(argv):
         if args.check == "bpfmt":
             check_bpfmt(args.bpfmt, repo, scratch)
             return 0
-        out = generate(args.hidl_gen, repo, scratch)
+        if args.check == "standard":
+            check_standard(args.hidl_gen, repo, os.path.abspath(args.platform), scratch)
+            return 0
+        out = generate(args.hidl_gen, repo_roots(repo), os.path.join(scratch, "generated"))
         {"codes": check_codes, "ibase": check_ibase, "layouts": check_layouts}[args.check](out)
-    except CheckFailed as failure:
+    except (CheckFailed, hidl_cpp.ParseError) as failure:
         print("FAIL: %s" % failure, file=sys.stderr)
         return 1
     return 0

@@ -228,13 +228,10 @@ struct hidl_array<T, SIZE1> {
     T& operator[](size_t i) { return mBuffer[i]; }
     const T& operator[](size_t i) const { return mBuffer[i]; }
     static constexpr size_t size() { return SIZE1; }
-    T* begin() { return mBuffer; }
-    T* end() { return mBuffer + SIZE1; }
-    const T* begin() const { return mBuffer; }
-    const T* end() const { return mBuffer + SIZE1; }
 
+    // No begin()/end(): libhidl's hidl_array has none, so code here must not either.
     bool operator==(const hidl_array& other) const {
-        return std::equal(begin(), end(), other.begin());
+        return std::equal(mBuffer, mBuffer + SIZE1, other.mBuffer);
     }
     bool operator!=(const hidl_array& other) const { return !(*this == other); }
 
