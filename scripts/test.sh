@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds and runs every test: the default build, then the sanitizer builds
-# (AddressSanitizer+UndefinedBehaviorSanitizer, ThreadSanitizer).
-# Usage: scripts/test.sh [PRESET...]   (default: default asan-ubsan tsan)
+# (AddressSanitizer+UndefinedBehaviorSanitizer, ThreadSanitizer), then the arm64
+# cross build with its tests run under qemu-user.
+# Usage: scripts/test.sh [PRESET...]   (default: default asan-ubsan tsan arm64)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
@@ -10,7 +11,8 @@ scripts/setup.sh
 scripts/platform-check.sh
 
 presets=("$@")
-((${#presets[@]})) || presets=(default asan-ubsan tsan)
+((${#presets[@]})) || presets=(default asan-ubsan tsan arm64)
+[[ " ${presets[*]} " != *" arm64 "* ]] || scripts/setup-arm64.sh
 jobs=$(nproc)
 for preset in "${presets[@]}"; do
   echo "=== preset ${preset}"
