@@ -145,7 +145,7 @@ void fetchGnss(const sp<fusd_v1_3::IFusdLbs>& daemon) {
     g_fusdGnssIface.set(object);
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get FusdGnssInterface successful",
                         kLogPrefix);
-    if (g_fusdGnssCb.get() == nullptr) {
+    if (!g_fusdGnssCb.isSet()) {
         g_fusdGnssCb.set(sp<fusd_v1_2::IFusdGnssCallback>(new FusdGnssCallback()));
     }
     checkRemoteCall(object->setCallback(g_fusdGnssCb.get()), ANDROID_LOG_ERROR,
@@ -167,7 +167,7 @@ void fetchGeofence(const sp<fusd_v1_3::IFusdLbs>& daemon) {
     }
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get FusdGeofenceIface successful",
                         kLogPrefix);
-    if (g_fusdGeofenceCb.get() == nullptr) {
+    if (!g_fusdGeofenceCb.isSet()) {
         g_fusdGeofenceCb.set(sp<fusd_v1_2::IFusdGeofenceCallback>(new FusdGeofenceCallback()));
     }
     if (checkRemoteCall(object->setCallback(g_fusdGeofenceCb.get()), ANDROID_LOG_ERROR,
@@ -180,7 +180,7 @@ void fetchGeofence(const sp<fusd_v1_3::IFusdLbs>& daemon) {
 }  // namespace
 
 void fd_init() {
-    if (g_fusdLbsIface.get() != nullptr) return;
+    if (g_fusdLbsIface.isSet()) return;
     g_hidlUtil.set(sp<HidlUtil>(new HidlUtil(processFusdServiceDied, reinitFusdBatching)));
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s:processFusdServiceDied register()",
                         kLogPrefix);
@@ -219,7 +219,7 @@ bool isFDSupport() {
 }
 
 bool isFDGeofenceSupport() {
-    return g_fusdGeofenceIface.get() != nullptr && g_chipSupportsGeofence;
+    return g_fusdGeofenceIface.isSet() && g_chipSupportsGeofence;
 }
 
 sp<gnss_v1_0::IGnssBatching> getBatcgingIface() {
@@ -282,7 +282,7 @@ void replayBatchingStart() {
 void reinitFusdBatching(const hidl_string& fqName, const hidl_string& name, bool preexisting) {
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: fqName[%s] name[%s] succ[%d]", kLogPrefix,
                         fqName.c_str(), name.c_str(), preexisting ? 1 : 0);
-    if (g_fusdLbsIface.get() != nullptr) {
+    if (g_fusdLbsIface.isSet()) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                             "%s: g_fusdLbsIface is not null, not need reinitHal", kLogPrefix);
         return;

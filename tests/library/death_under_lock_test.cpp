@@ -22,7 +22,7 @@
 #include <condition_variable>
 #include <fstream>
 #include <mutex>
-#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -91,12 +91,16 @@ class DeathHook : public zdhost::RuntimeObserver {
 };
 
 // Whether `thread` sleeps in the kernel waiting for `mutex` (a futex wait on it).
+// The file reads "running" while the thread runs, else the call number and its
+// arguments.
 bool blockedOn(pid_t thread, const pthread_mutex_t* mutex) {
-    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/syscall");
-    long number = -1;
+    std::string path = "/proc/self/task/" + std::to_string(thread) + "/syscall";
+    std::ifstream file(path);
+    std::string number;
     std::string address;
-    file >> number >> address;
-    return number == SYS_futex &&
+    if (!(file >> number)) throw std::runtime_error("cannot read " + path);
+    if (number == "running" || !(file >> address)) return false;
+    return std::stol(number) == SYS_futex &&
            std::stoull(address, nullptr, 16) == reinterpret_cast<uintptr_t>(mutex);
 }
 
