@@ -11,12 +11,12 @@
 #include <vendor/zendra/hardware/gnss/2.0/IZDGnss.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
-#include <mutex>
-#include <utility>
 
 #include "ZdGnssHalInface.h"
 #include "guarded_handle.h"
+#include "remote_status.h"
 #include "zdgnssprovider.h"
 
 using android::sp;
@@ -48,36 +48,14 @@ constexpr int32_t kHalVersion2_0 = 4;
 // The HAL's HIDL version code that offers the 1.1 configuration interface.
 constexpr uint16_t kHidlVersionWithConfiguration1_1 = 2;
 
-// Guards the handles below against a hwbinder thread reading one while the provider
-// thread replaces it. Held only to copy, test or swap a handle, never across a call.
-std::mutex g_handleMutex;
-
-}  // namespace
-
-sp<IZDGnss_V1_0> g_gnssHalZd;
-sp<IZDGnss_V2_0> g_gnssHalZdV2_0;
-sp<IZDAGpsSuplFqdn> g_suplFqdnIface;
-sp<IZDAGpsSuplFqdnCallback> g_suplFqdnCallback;
-sp<IZDAGnssRil_V1_0> g_agnssRilZdIface;
-sp<IZDAGnssRil_V2_0> g_agnssRilZdIface_V2_0;
-int32_t g_halVersion = kHalVersionNone;
-
-namespace {
-
-template <class T>
-sp<T> load(const sp<T>& handle) {
-    return copyHandle(g_handleMutex, handle);
-}
-
-template <class T>
-bool isSet(const sp<T>& handle) {
-    return load(handle) != nullptr;
-}
-
-template <class T>
-void store(sp<T>& handle, const sp<T>& value) {
-    replaceHandle(g_handleMutex, handle, value);
-}
+// Read on hwbinder threads while the provider thread replaces them.
+GuardedHandle<IZDGnss_V1_0> g_gnssHalZd;
+GuardedHandle<IZDGnss_V2_0> g_gnssHalZdV2_0;
+GuardedHandle<IZDAGpsSuplFqdn> g_suplFqdnIface;
+GuardedHandle<IZDAGpsSuplFqdnCallback> g_suplFqdnCallback;
+GuardedHandle<IZDAGnssRil_V1_0> g_agnssRilZdIface;
+GuardedHandle<IZDAGnssRil_V2_0> g_agnssRilZdIface_V2_0;
+std::atomic<int32_t> g_halVersion{kHalVersionNone};
 
 // Takes the Return itself: before Android 13, withDefault() is not a const member.
 int16_t hidlVersionOf(Return<uint16_t>&& version) {
@@ -117,20 +95,18 @@ void handOutV1_0(const sp<IZDGnss_V1_0>& hal, sp<android::hardware::gnss::V1_0::
 // ---- Feature extensions ----
 
 void registerSuplFqdnCallback(const sp<IZDAGpsSuplFqdn>& suplFqdn) {
-    if (!isSet(g_suplFqdnCallback)) {
-        store(g_suplFqdnCallback, sp<IZDAGpsSuplFqdnCallback>(new AGpsSuplFqdnCallback()));
+    if (!g_suplFqdnCallback.isSet()) {
+        g_suplFqdnCallback.set(sp<IZDAGpsSuplFqdnCallback>(new AGpsSuplFqdnCallback()));
     }
-    if (!suplFqdn->setCallback(load(g_suplFqdnCallback)).isOk()) {
-        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: register AGpsSuplFqdnCallback fail",
-                            kTag);
-    }
+    checkRemoteCall(suplFqdn->setCallback(g_suplFqdnCallback.get()), ANDROID_LOG_ERROR,
+                    "%s: register AGpsSuplFqdnCallback fail", kTag);
 }
 
 // A transport failure counts as an absent interface.
 template <class ZdGnss>
 void setUpSuplFqdn(const sp<ZdGnss>& hal) {
-    store(g_suplFqdnIface, hal->getExtensionZdSuplFqdn().withDefault(nullptr));
-    sp<IZDAGpsSuplFqdn> suplFqdn = load(g_suplFqdnIface);
+    g_suplFqdnIface.set(hal->getExtensionZdSuplFqdn().withDefault(nullptr));
+    sp<IZDAGpsSuplFqdn> suplFqdn = g_suplFqdnIface.get();
     if (suplFqdn == nullptr) {
         __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "%s: Unable to get a handle to SPUL FQDN",
                             kTag);
@@ -142,13 +118,12 @@ void setUpSuplFqdn(const sp<ZdGnss>& hal) {
 
 void fetchAGnssRilV1_0(const sp<IZDGnss_V1_0>& hal, sp<IAGnssRil_V1_0>* agnssRilIface) {
     Return<sp<IZDAGnssRil_V1_0>> result = hal->getExtensionZdAGnssRil();
-    if (!result.isOk()) {
-        __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "%s: Unable to get a handle to IZDAGnssRil",
-                            kTag);
+    if (!checkRemoteCall(result, ANDROID_LOG_DEBUG, "%s: Unable to get a handle to IZDAGnssRil",
+                         kTag)) {
         return;
     }
     sp<IZDAGnssRil_V1_0> ril = result;
-    store(g_agnssRilZdIface, ril);
+    g_agnssRilZdIface.set(ril);
     if (agnssRilIface == nullptr) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                             "%s: get IZDAGnssRil fail and agnssRilIface is null", kTag);
@@ -162,9 +137,8 @@ void fetchConfigurationV1_1(const sp<IZDGnss_V1_0>& hal,
                             sp<IGnssConfiguration_V1_0>* gnssConfigurationIface_V1_0,
                             sp<IGnssConfiguration_V1_1>* gnssConfigurationIface_V1_1) {
     Return<sp<IGnssConfiguration_V1_1>> result = hal->getExtensionGnssConfiguration_1_1();
-    if (!result.isOk()) {
-        __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG,
-                            "Unable to get a handle to GnssConfigurationV1_1");
+    if (!checkRemoteCall(result, ANDROID_LOG_DEBUG,
+                         "Unable to get a handle to GnssConfigurationV1_1")) {
         return;
     }
     if (gnssConfigurationIface_V1_0 == nullptr || gnssConfigurationIface_V1_1 == nullptr) {
@@ -180,9 +154,8 @@ void fetchConfigurationV1_1(const sp<IZDGnss_V1_0>& hal,
 void fetchConfigurationV1_0(const sp<IZDGnss_V1_0>& hal,
                             sp<IGnssConfiguration_V1_0>* gnssConfigurationIface_V1_0) {
     Return<sp<IGnssConfiguration_V1_0>> result = hal->getExtensionGnssConfiguration();
-    if (!result.isOk()) {
-        __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG,
-                            "Unable to get a handle to GnssConfiguration");
+    if (!checkRemoteCall(result, ANDROID_LOG_DEBUG,
+                         "Unable to get a handle to GnssConfiguration")) {
         return;
     }
     if (gnssConfigurationIface_V1_0 == nullptr) {
@@ -197,11 +170,12 @@ void fetchConfigurationV1_0(const sp<IZDGnss_V1_0>& hal,
 void fetchAGnssRilV2_0(const sp<IZDGnss_V2_0>& hal, sp<IAGnssRil_V1_0>* agnssRilIface,
                        sp<IAGnssRil_V2_0>* agnssRilIface_V2_0) {
     Return<sp<IZDAGnssRil_V2_0>> result = hal->getExtensionZdAGnssRil_2_0();
-    if (!result.isOk()) {
+    // Without a 2.0 RIL extension the caller's RIL handles stay as they are.
+    if (!remoteCallWentThrough(result)) {
         return;
     }
     sp<IZDAGnssRil_V2_0> ril = result;
-    store(g_agnssRilZdIface_V2_0, ril);
+    g_agnssRilZdIface_V2_0.set(ril);
     if (agnssRilIface == nullptr || agnssRilIface_V2_0 == nullptr) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                             "%s: agnssRilIface or agnssRilIface_V2_0 is null", kTag);
@@ -213,9 +187,8 @@ void fetchAGnssRilV2_0(const sp<IZDGnss_V2_0>& hal, sp<IAGnssRil_V1_0>* agnssRil
 
 void fetchGnssNi(const sp<IZDGnss_V2_0>& hal, sp<IGnssNi>* gnssNiIface) {
     Return<sp<IGnssNi>> result = hal->getExtensionZdGnssNi();
-    if (!result.isOk()) {
-        __android_log_print(ANDROID_LOG_WARN, LOG_TAG, "%s: Unable to get a handle to ZdGnssNi.",
-                            kTag);
+    if (!checkRemoteCall(result, ANDROID_LOG_WARN, "%s: Unable to get a handle to ZdGnssNi.",
+                         kTag)) {
         return;
     }
     __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "%s: get ZdGnssNi success.", kTag);
@@ -232,11 +205,11 @@ void fetchGnssNi(const sp<IZDGnss_V2_0>& hal, sp<IGnssNi>* gnssNiIface) {
 // Returns false only when the chosen RIL extension failed in transport; having no RIL
 // extension at all is not a failure.
 bool deliverNiMessage(const hidl_vec<uint8_t>& message, int32_t len) {
-    if (sp<IZDAGnssRil_V2_0> ril = load(g_agnssRilZdIface_V2_0); ril != nullptr) {
-        return ril->sendNiMessage(message, len).isOk();
+    if (sp<IZDAGnssRil_V2_0> ril = g_agnssRilZdIface_V2_0.get(); ril != nullptr) {
+        return remoteCallWentThrough(ril->sendNiMessage(message, len));
     }
-    if (sp<IZDAGnssRil_V1_0> ril = load(g_agnssRilZdIface); ril != nullptr) {
-        return ril->sendNiMessage(message, len).isOk();
+    if (sp<IZDAGnssRil_V1_0> ril = g_agnssRilZdIface.get(); ril != nullptr) {
+        return remoteCallWentThrough(ril->sendNiMessage(message, len));
     }
     return true;
 }
@@ -253,23 +226,23 @@ void fusionD_init() {
 void getZdGnssService(sp<android::hardware::gnss::V1_0::IGnss>* gnssHal,
                       sp<android::hardware::gnss::V1_1::IGnss>* gnssHal_V1_1,
                       sp<android::hardware::gnss::V2_0::IGnss>* gnssHal_V2_0) {
-    store(g_gnssHalZdV2_0, IZDGnss_V2_0::getService("default", false));
-    if (sp<IZDGnss_V2_0> hal = load(g_gnssHalZdV2_0); hal != nullptr) {
+    g_gnssHalZdV2_0.set(IZDGnss_V2_0::getService("default", false));
+    if (sp<IZDGnss_V2_0> hal = g_gnssHalZdV2_0.get(); hal != nullptr) {
         handOutV2_0(hal, gnssHal, gnssHal_V1_1, gnssHal_V2_0);
         return;
     }
-    store(g_gnssHalZd, IZDGnss_V1_0::getService("default", false));
-    if (sp<IZDGnss_V1_0> hal = load(g_gnssHalZd); hal != nullptr) {
+    g_gnssHalZd.set(IZDGnss_V1_0::getService("default", false));
+    if (sp<IZDGnss_V1_0> hal = g_gnssHalZd.get(); hal != nullptr) {
         handOutV1_0(hal, gnssHal, gnssHal_V1_1);
     }
 }
 
 // A transport failure reads as 0, the same as having no vendor HAL.
 int16_t getHidlVersion() {
-    if (sp<IZDGnss_V2_0> hal = load(g_gnssHalZdV2_0); hal != nullptr) {
+    if (sp<IZDGnss_V2_0> hal = g_gnssHalZdV2_0.get(); hal != nullptr) {
         return hidlVersionOf(hal->getHalHidlVersion());
     }
-    if (sp<IZDGnss_V1_0> hal = load(g_gnssHalZd); hal != nullptr) {
+    if (sp<IZDGnss_V1_0> hal = g_gnssHalZd.get(); hal != nullptr) {
         return hidlVersionOf(hal->getHalHidlVersion());
     }
     return 0;
@@ -282,10 +255,10 @@ int checkHalVersion() {
 void getZdFeatureExtension(sp<IAGnssRil_V1_0>* agnssRilIface,
                            sp<IGnssConfiguration_V1_0>* gnssConfigurationIface_V1_0,
                            sp<IGnssConfiguration_V1_1>* gnssConfigurationIface_V1_1) {
-    if (isSet(g_gnssHalZdV2_0)) {
+    if (g_gnssHalZdV2_0.isSet()) {
         return;
     }
-    sp<IZDGnss_V1_0> hal = load(g_gnssHalZd);
+    sp<IZDGnss_V1_0> hal = g_gnssHalZd.get();
     if (hal == nullptr) {
         return;
     }
@@ -300,7 +273,7 @@ void getZdFeatureExtension(sp<IAGnssRil_V1_0>* agnssRilIface,
 
 void getZdFeatureExtensionV2_0(sp<IAGnssRil_V1_0>* agnssRilIface,
                                sp<IAGnssRil_V2_0>* agnssRilIface_V2_0, sp<IGnssNi>* gnssNiIface) {
-    sp<IZDGnss_V2_0> hal = load(g_gnssHalZdV2_0);
+    sp<IZDGnss_V2_0> hal = g_gnssHalZdV2_0.get();
     if (hal == nullptr) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: g_gnssHalZdV2_0 is null.", kTag);
         return;
@@ -312,7 +285,7 @@ void getZdFeatureExtensionV2_0(sp<IAGnssRil_V1_0>* agnssRilIface,
 
 // Runs on a hwbinder thread. Requests are served only while a vendor HAL is connected.
 Return<void> AGpsSuplFqdnCallback::AgpsRequestSuplDns(const hidl_string& fqdn) {
-    if (isSet(g_gnssHalZd) || isSet(g_gnssHalZdV2_0)) {
+    if (g_gnssHalZd.isSet() || g_gnssHalZdV2_0.isSet()) {
         send_Agps_Supl_Request(fqdn);
     }
     return Void();
@@ -320,21 +293,20 @@ Return<void> AGpsSuplFqdnCallback::AgpsRequestSuplDns(const hidl_string& fqdn) {
 
 void set_supl_host_ip(const char* addr) {
     // Without any vendor HAL the platform's GNSS HAL has no SUPL FQDN extension at all.
-    if (!isSet(g_gnssHalZd) && !isSet(g_gnssHalZdV2_0)) {
+    if (!g_gnssHalZd.isSet() && !g_gnssHalZdV2_0.isSet()) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
                             "%s: qcom platform: invalid flow --set_supl_host_ip", kTag);
         return;
     }
-    sp<IZDAGpsSuplFqdn> suplFqdn = load(g_suplFqdnIface);
+    sp<IZDAGpsSuplFqdn> suplFqdn = g_suplFqdnIface.get();
     if (suplFqdn == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
                             "%s: no suplFqdn interface in set_supl_host_ip", kTag);
         return;
     }
     __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: set_supl_host_ip addr: %s", kTag, addr);
-    if (!suplFqdn->setSuplHostIp(hidl_string(addr)).isOk()) {
-        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: Failed to set_supl_host_ip", kTag);
-    }
+    checkRemoteCall(suplFqdn->setSuplHostIp(hidl_string(addr)), ANDROID_LOG_ERROR,
+                    "%s: Failed to set_supl_host_ip", kTag);
 }
 
 void send_ni_message(const uint8_t* msg, int32_t len) {

@@ -15,24 +15,26 @@ using android::hardware::hidl_string;
 using android::hardware::Return;
 
 // ---- Module state, in this order: static initialisation sets each handle
-// empty, and unload releases them in reverse order.
-sp<fusd_v1_3::IFusdLbs> g_fusdLbsIface;
-sp<fusd_v1_2::IFusdGnssInterface> g_fusdGnssIface;
-sp<fusd_v1_2::IFusdGeofenceInterface> g_fusdGeofenceIface;
-sp<fusd_v1_1::IGnssBatchingInterface> g_fusdBatchingIface;
-sp<fusd_v1_2::IFusdGnssCallback> g_fusdGnssCb;
-sp<fusd_v1_2::IFusdGeofenceCallback> g_fusdGeofenceCb;
-sp<HidlUtil> g_hidlUtil;
-sp<gnss_v1_0::IGnssBatching> g_gnssBatchingIface;
-sp<gnss_v2_0::IGnssCallback> g_gnssCbIface;
-sp<gnss_v1_0::IGnssGeofenceCallback> g_gnssGeofenceCbIface;
-sp<FdCorvaneCallback_> fdCorvaneCb;
-std::vector<gnss_v2_0::IGnssCallback::GnssSvInfo> g_svInfoList;
-sp<FusdDeathRecipient> g_fusdDeathRecipient;
+// empty, and unload releases them in reverse order. The static ones are used
+// by this file only.
+GuardedHandle<fusd_v1_3::IFusdLbs> g_fusdLbsIface;
+GuardedHandle<fusd_v1_2::IFusdGnssInterface> g_fusdGnssIface;
+GuardedHandle<fusd_v1_2::IFusdGeofenceInterface> g_fusdGeofenceIface;
+static GuardedHandle<fusd_v1_1::IGnssBatchingInterface> g_fusdBatchingIface;
+static GuardedHandle<fusd_v1_2::IFusdGnssCallback> g_fusdGnssCb;
+static GuardedHandle<fusd_v1_2::IFusdGeofenceCallback> g_fusdGeofenceCb;
+static GuardedHandle<HidlUtil> g_hidlUtil;
+static GuardedHandle<gnss_v1_0::IGnssBatching> g_gnssBatchingIface;
+GuardedHandle<gnss_v2_0::IGnssCallback> g_gnssCbIface;
+GuardedHandle<gnss_v1_0::IGnssGeofenceCallback> g_gnssGeofenceCbIface;
+GuardedHandle<FdCorvaneCallback_> fdCorvaneCb;
+SatelliteStore g_svStore;
+static GuardedHandle<FusdDeathRecipient> g_fusdDeathRecipient;
 
 pthread_mutex_t fusdMutex = PTHREAD_MUTEX_INITIALIZER;
 std::atomic<int32_t> g_batchingStatus{0};
-gnss_v1_0::IGnssBatching::Options g_batchingOptions{};
+static std::mutex g_batchingOptionsLock;
+static gnss_v1_0::IGnssBatching::Options g_batchingOptions GUARDED_BY(g_batchingOptionsLock){};
 std::atomic<int32_t> g_chipsetType{0};
 std::atomic<bool> g_chipSupportsGeofence{false};
 std::atomic<bool> g_flagsFromChipset{false};
@@ -43,8 +45,6 @@ std::atomic<int64_t> lastFusdLocUpdateTime{0};
 std::atomic<int32_t> fusdGnssMinReportingInterval{1000};
 std::atomic<bool> tarviParamReset{false};
 
-gnss_v1_0::IGnssCallback::GnssSvStatus g_svStatus{};
-
 std::atomic<bool> fdLocationFlag{false};
 std::atomic<bool> qttffFlag{false};
 char sourceTypeBuf[10] = "gps";
@@ -54,13 +54,6 @@ std::atomic<bool> reportZdSvFlag{false};
 
 std::atomic<FdCallback*> g_fdCallback{nullptr};
 std::atomic<SuplDnsHook> g_sendAgpsRequestSuplDns{nullptr};
-
-std::mutex& handleLock() {
-    static std::mutex lock;
-    return lock;
-}
-
-StoreLock svStoreLock;  // constant-initialised: usable before any dynamic initialisation
 
 int64_t absDiffMs(int64_t a, int64_t b) {
     uint64_t diff = static_cast<uint64_t>(a) - static_cast<uint64_t>(b);
@@ -90,26 +83,27 @@ int lookupAttemptBudget() {
     return 1;
 }
 
-// Looks the daemon up, pausing between attempts; runs with fusdMutex held.
-sp<fusd_v1_3::IFusdLbs> lookUpDaemon(int budget) {
+// Looks the daemon up, pausing between attempts.
+sp<fusd_v1_3::IFusdLbs> lookUpDaemon(int budget) REQUIRES(g_fusdConnection) {
     for (;;) {
         sp<fusd_v1_3::IFusdLbs> daemon = fusd_v1_3::IFusdLbs::tryGetService("default", false);
-        storeHandle<g_fusdLbsIface>(daemon);
+        g_fusdLbsIface.set(daemon);
         if (daemon != nullptr || budget < 2) return daemon;
         usleep(kLookupPauseMicros);
         --budget;
     }
 }
 
-void linkDaemonDeath(const sp<fusd_v1_3::IFusdLbs>& daemon) {
+void linkDaemonDeath(const sp<fusd_v1_3::IFusdLbs>& daemon) REQUIRES(g_fusdConnection) {
     sp<FusdDeathRecipient> recipient = new FusdDeathRecipient();
-    storeHandle<g_fusdDeathRecipient>(recipient);
+    g_fusdDeathRecipient.set(recipient);
     Return<bool> linked = daemon->linkToDeath(recipient, 0);
-    if (!linked.isOk()) {
-        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
-                            "%s: Transaction error in linking to g_fusdLbsIface death: %s",
-                            kLogPrefix, linked.description().c_str());
-    } else if (linked) {
+    if (!checkRemoteCall(linked, ANDROID_LOG_ERROR,
+                         "%s: Transaction error in linking to g_fusdLbsIface death: %s", kLogPrefix,
+                         linked.description().c_str())) {
+        return;
+    }
+    if (linked) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                             "%s: Link to g_fusdLbsIface death notification successful", kLogPrefix);
     } else {
@@ -120,14 +114,13 @@ void linkDaemonDeath(const sp<fusd_v1_3::IFusdLbs>& daemon) {
 
 void fetchBatching(const sp<fusd_v1_3::IFusdLbs>& daemon) {
     auto batching = daemon->getGnssBatchingInterface();
-    if (!batching.isOk()) {
-        __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: Unable to get a handle to fusdBatching",
-                            kLogPrefix);
+    if (!checkRemoteCall(batching, ANDROID_LOG_INFO, "%s: Unable to get a handle to fusdBatching",
+                         kLogPrefix)) {
         return;
     }
     sp<fusd_v1_1::IGnssBatchingInterface> object = batching;
-    storeHandle<g_fusdBatchingIface>(object);
-    storeHandle<g_gnssBatchingIface>(object);
+    g_fusdBatchingIface.set(object);
+    g_gnssBatchingIface.set(object);
     if (object != nullptr) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get to FusdLbsBatchingIface successful",
                             kLogPrefix);
@@ -139,9 +132,8 @@ void fetchBatching(const sp<fusd_v1_3::IFusdLbs>& daemon) {
 
 void fetchGnss(const sp<fusd_v1_3::IFusdLbs>& daemon) {
     auto gnss = daemon->getFusdGnssInterface();
-    if (!gnss.isOk()) {
-        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
-                            "%s: Unable to get a handle to FusdGnssInterface", kLogPrefix);
+    if (!checkRemoteCall(gnss, ANDROID_LOG_ERROR, "%s: Unable to get a handle to FusdGnssInterface",
+                         kLogPrefix)) {
         return;
     }
     sp<fusd_v1_2::IFusdGnssInterface> object = gnss;
@@ -150,27 +142,24 @@ void fetchGnss(const sp<fusd_v1_3::IFusdLbs>& daemon) {
                             kLogPrefix);
         return;
     }
-    storeHandle<g_fusdGnssIface>(object);
+    g_fusdGnssIface.set(object);
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get FusdGnssInterface successful",
                         kLogPrefix);
-    if (loadHandle<g_fusdGnssCb>() == nullptr) {
-        storeHandle<g_fusdGnssCb>(sp<fusd_v1_2::IFusdGnssCallback>(new FusdGnssCallback()));
+    if (!g_fusdGnssCb.isSet()) {
+        g_fusdGnssCb.set(sp<fusd_v1_2::IFusdGnssCallback>(new FusdGnssCallback()));
     }
-    if (!object->setCallback(loadHandle<g_fusdGnssCb>()).isOk()) {
-        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: register FusdGnssCallback fail",
-                            kLogPrefix);
-    }
+    checkRemoteCall(object->setCallback(g_fusdGnssCb.get()), ANDROID_LOG_ERROR,
+                    "%s: register FusdGnssCallback fail", kLogPrefix);
 }
 
 void fetchGeofence(const sp<fusd_v1_3::IFusdLbs>& daemon) {
     auto geofence = daemon->getFusdGeofenceInterface();
-    if (!geofence.isOk()) {
-        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
-                            "%s: Unable to get a handle to FusdGeofenceInterface", kLogPrefix);
+    if (!checkRemoteCall(geofence, ANDROID_LOG_ERROR,
+                         "%s: Unable to get a handle to FusdGeofenceInterface", kLogPrefix)) {
         return;
     }
     sp<fusd_v1_2::IFusdGeofenceInterface> object = geofence;
-    storeHandle<g_fusdGeofenceIface>(object);
+    g_fusdGeofenceIface.set(object);
     if (object == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: FusdGeofenceIface is null",
                             kLogPrefix);
@@ -178,28 +167,25 @@ void fetchGeofence(const sp<fusd_v1_3::IFusdLbs>& daemon) {
     }
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get FusdGeofenceIface successful",
                         kLogPrefix);
-    if (loadHandle<g_fusdGeofenceCb>() == nullptr) {
-        storeHandle<g_fusdGeofenceCb>(
-            sp<fusd_v1_2::IFusdGeofenceCallback>(new FusdGeofenceCallback()));
+    if (!g_fusdGeofenceCb.isSet()) {
+        g_fusdGeofenceCb.set(sp<fusd_v1_2::IFusdGeofenceCallback>(new FusdGeofenceCallback()));
     }
-    if (object->setCallback(loadHandle<g_fusdGeofenceCb>()).isOk()) {
+    if (checkRemoteCall(object->setCallback(g_fusdGeofenceCb.get()), ANDROID_LOG_ERROR,
+                        "%s: register FusdGeofenceCallback fail", kLogPrefix)) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                             "%s:register FusdGeofenceCallback successful", kLogPrefix);
-    } else {
-        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: register FusdGeofenceCallback fail",
-                            kLogPrefix);
     }
 }
 
 }  // namespace
 
 void fd_init() {
-    if (loadHandle<g_fusdLbsIface>() != nullptr) return;
-    storeHandle<g_hidlUtil>(sp<HidlUtil>(new HidlUtil(processFusdServiceDied, reinitFusdBatching)));
+    if (g_fusdLbsIface.isSet()) return;
+    g_hidlUtil.set(sp<HidlUtil>(new HidlUtil(processFusdServiceDied, reinitFusdBatching)));
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s:processFusdServiceDied register()",
                         kLogPrefix);
     FdGetService();
-    sp<HidlUtil> watcher = loadHandle<g_hidlUtil>();
+    sp<HidlUtil> watcher = g_hidlUtil.get();
     if (watcher != nullptr) {
         fusd_v1_3::IFusdLbs::registerForNotifications("", watcher);
     }
@@ -208,22 +194,20 @@ void fd_init() {
 void FdGetService() {
     checkChipsetType();
     int budget = lookupAttemptBudget();
-    pthread_mutex_lock(&fusdMutex);
+    std::lock_guard<FusdConnectionLock> connecting(g_fusdConnection);
     sp<fusd_v1_3::IFusdLbs> daemon = lookUpDaemon(budget);
     if (daemon == nullptr) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                             "%s: FD getService failed, g_fusdLbsIface is null", kLogPrefix);
-        pthread_mutex_unlock(&fusdMutex);
         return;
     }
     linkDaemonDeath(daemon);
     getFusionDaemonInterface();
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get fusd service successful", kLogPrefix);
-    pthread_mutex_unlock(&fusdMutex);
 }
 
 void getFusionDaemonInterface() {
-    sp<fusd_v1_3::IFusdLbs> daemon = loadHandle<g_fusdLbsIface>();
+    sp<fusd_v1_3::IFusdLbs> daemon = g_fusdLbsIface.get();
     if (daemon == nullptr) return;
     fetchBatching(daemon);
     fetchGnss(daemon);
@@ -231,36 +215,40 @@ void getFusionDaemonInterface() {
 }
 
 bool isFDSupport() {
-    PinnedHandle<g_fusdGnssIface> engine;
-    return engine != nullptr;
+    return g_fusdGnssIface.isSet();
 }
 
 bool isFDGeofenceSupport() {
-    return loadHandle<g_fusdGeofenceIface>() != nullptr && g_chipSupportsGeofence;
+    return g_fusdGeofenceIface.isSet() && g_chipSupportsGeofence;
 }
 
 sp<gnss_v1_0::IGnssBatching> getBatcgingIface() {
-    return loadHandle<g_gnssBatchingIface>();
+    return g_gnssBatchingIface.get();
 }
 
 // ---- Death and re-initialisation.
 
+namespace {
+// Under the connection lock, so that a connection in progress either finishes
+// before the handles are emptied or starts after.
+void clearDaemonHandles() REQUIRES(g_fusdConnection) {
+    g_fusdLbsIface.clear();
+    g_fusdBatchingIface.clear();
+    g_gnssBatchingIface.clear();
+    g_fusdGnssIface.clear();
+    g_fusdGeofenceIface.clear();
+}
+}  // namespace
+
 void FusdDeathRecipient::serviceDied(uint64_t /*cookie*/,
                                      const wp<android::hidl::base::V1_0::IBase>& who) {
     sp<android::hidl::base::V1_0::IBase> dead = who.promote();
-    if (dead != nullptr) {
-        Return<bool> unlinked = dead->unlinkToDeath(this);
-        (void)unlinked.isOk();
-    }
-    pthread_mutex_lock(&fusdMutex);
+    // The link goes with the daemon; nothing is left to undo if this fails.
+    if (dead != nullptr) remoteCallWentThrough(dead->unlinkToDeath(this));
+    std::lock_guard<FusdConnectionLock> dying(g_fusdConnection);
     __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: fusd hidl service was dead, start clear",
                         kLogPrefix);
-    clearHandle<g_fusdLbsIface>();
-    clearHandle<g_fusdBatchingIface>();
-    clearHandle<g_gnssBatchingIface>();
-    clearHandle<g_fusdGnssIface>();
-    clearHandle<g_fusdGeofenceIface>();
-    pthread_mutex_unlock(&fusdMutex);
+    clearDaemonHandles();
 }
 
 void processFusdServiceDied(uint64_t /*cookie*/,
@@ -274,17 +262,16 @@ void replayBatchingStart() {
     if (g_batchingStatus != 1) return;
     __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: in,store the batching start status",
                         kLogPrefix);
-    sp<gnss_v1_0::IGnssBatching> batching = loadHandle<g_gnssBatchingIface>();
+    sp<gnss_v1_0::IGnssBatching> batching = g_gnssBatchingIface.get();
     if (batching == nullptr) return;
     gnss_v1_0::IGnssBatching::Options options;
     {
-        std::lock_guard<std::mutex> lock(handleLock());
+        std::lock_guard<std::mutex> lock(g_batchingOptionsLock);
         options = g_batchingOptions;
     }
     Return<bool> started = batching->start(options);
-    if (!started.isOk()) {
-        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: send fusd batching start not ok",
-                            kLogPrefix);
+    if (!checkRemoteCall(started, ANDROID_LOG_ERROR, "%s: send fusd batching start not ok",
+                         kLogPrefix)) {
         return;
     }
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: run fusd batching start [%d]", kLogPrefix,
@@ -295,7 +282,7 @@ void replayBatchingStart() {
 void reinitFusdBatching(const hidl_string& fqName, const hidl_string& name, bool preexisting) {
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: fqName[%s] name[%s] succ[%d]", kLogPrefix,
                         fqName.c_str(), name.c_str(), preexisting ? 1 : 0);
-    if (loadHandle<g_fusdLbsIface>() != nullptr) {
+    if (g_fusdLbsIface.isSet()) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                             "%s: g_fusdLbsIface is not null, not need reinitHal", kLogPrefix);
         return;
@@ -311,7 +298,7 @@ void set_batching_status(int32_t status) {
 }
 
 void set_batchingOptions(gnss_v1_0::IGnssBatching::Options options) {
-    std::lock_guard<std::mutex> lock(handleLock());
+    std::lock_guard<std::mutex> lock(g_batchingOptionsLock);
     g_batchingOptions = options;
 }
 
@@ -320,15 +307,15 @@ void set_batchingOptions(gnss_v1_0::IGnssBatching::Options options) {
 void registerCallback(const sp<gnss_v2_0::IGnssCallback>& gnssCb,
                       const sp<gnss_v1_0::IGnssGeofenceCallback>& geofenceCb,
                       const sp<FdCorvaneCallback_>& corvaneCb) {
-    storeHandle<g_gnssCbIface>(gnssCb);
+    g_gnssCbIface.set(gnssCb);
     if (gnssCb == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: register gnss callback failed.",
                             kLogPrefix);
     }
-    storeHandle<g_gnssGeofenceCbIface>(geofenceCb);
+    g_gnssGeofenceCbIface.set(geofenceCb);
     if (geofenceCb == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: register geofence callback failed.",
                             kLogPrefix);
     }
-    storeHandle<fdCorvaneCb>(corvaneCb);
+    fdCorvaneCb.set(corvaneCb);
 }

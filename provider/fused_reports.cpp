@@ -21,14 +21,14 @@ int64_t reportingThreshold() {
 }
 
 void deliverToFramework(const gnss_v1_0::GnssLocation& location) {
-    PinnedHandle<g_gnssCbIface> framework;
+    sp<gnss_v2_0::IGnssCallback> framework = g_gnssCbIface.get();
     if (framework == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
                             "%s: [LocMgr] FD location report, g_gnssCbIface is null", kLogPrefix);
         return;
     }
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get location from Tarvi1.5", kLogPrefix);
-    framework->gnssLocationCb(location).isOk();
+    remoteCallWentThrough(framework->gnssLocationCb(location));
 }
 
 }  // namespace
@@ -36,16 +36,16 @@ void deliverToFramework(const gnss_v1_0::GnssLocation& location) {
 Return<void> FusdGnssCallback::reportFusdLocation(const gnss_v1_0::GnssLocation& location) {
     int64_t t = location.timestamp;
     int64_t dt = absDiffMs(t, lastSentLocUpdateTime);
-    lastFusdLocUpdateTime.store(t, std::memory_order_release);
+    lastFusdLocUpdateTime = t;
     if (dt < reportingThreshold()) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
                             "%s: [LocMgr] no need to send_location_callback: %lli", kLogPrefix,
                             static_cast<long long>(dt));
         return Void();
     }
-    fdLocationFlag.store(true, std::memory_order_release);
+    fdLocationFlag = true;
     deliverToFramework(location);
-    lastSentLocUpdateTime.store(t, std::memory_order_release);
+    lastSentLocUpdateTime = t;
     __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
                         "%s: [LocMgr] Updating lastSentLocUpdateTime: %lli", kLogPrefix,
                         static_cast<long long>(t));
@@ -57,7 +57,7 @@ bool isFdLocationReport() {
 }
 
 void resetFdLocationFlag() {
-    fdLocationFlag.store(false, std::memory_order_release);
+    fdLocationFlag = false;
 }
 
 char* qttff_location_sourcetype(const gnss_v1_0::GnssLocation& location) {
@@ -81,7 +81,7 @@ char* qttff_location_sourcetype(const gnss_v1_0::GnssLocation& location) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: [LocMgr] Debug: quickgpsLocationCb in",
                             kLogPrefix);
     }
-    qttffFlag.store(quickGps, std::memory_order_release);
+    qttffFlag = quickGps;
     if (snprintf_s(sourceTypeBuf, sizeof(sourceTypeBuf), sizeof(sourceTypeBuf) - 1, "%u",
                    sourceType) == -1) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,

@@ -17,7 +17,7 @@ using GeofenceCallback = gnss_v1_0::IGnssGeofenceCallback;
 
 // The framework's geofence callback, or null after logging that it is missing.
 sp<GeofenceCallback> frameworkOrLog() {
-    sp<GeofenceCallback> framework = loadHandle<g_gnssGeofenceCbIface>();
+    sp<GeofenceCallback> framework = g_gnssGeofenceCbIface.get();
     if (framework == nullptr) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s:g_gnssGeofenceCbIface is null\n",
                             kLogPrefix);
@@ -35,7 +35,7 @@ void relayStatus(StatusOperation operation, const char* errorFormat, const char*
     if (code != 0) __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, errorFormat, kLogPrefix, code);
     sp<GeofenceCallback> framework = frameworkOrLog();
     if (framework == nullptr) return;
-    ((*framework).*operation)(geofenceId, status).isOk();
+    remoteCallWentThrough(((*framework).*operation)(geofenceId, status));
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, infoFormat, kLogPrefix, geofenceId, code);
 }
 
@@ -46,8 +46,8 @@ void forwardAddResult(int32_t geofenceId, int32_t result) {
     }
     sp<GeofenceCallback> framework = frameworkOrLog();
     if (framework == nullptr) return;
-    framework->gnssGeofenceAddCb(geofenceId, static_cast<GeofenceCallback::GeofenceStatus>(result))
-        .isOk();
+    remoteCallWentThrough(framework->gnssGeofenceAddCb(
+        geofenceId, static_cast<GeofenceCallback::GeofenceStatus>(result)));
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: geofenceAddResultCb: id=%d, result= %d\n",
                         kLogPrefix, geofenceId, result);
 }
@@ -68,7 +68,7 @@ Return<void> FusdGeofenceCallback::geofenceAddResultCb(const GeofenceResults& re
         ids[i] = results[i].geofenceId;
         codes[i] = results[i].result;
     }
-    sp<FdCorvaneCallback_> client = loadHandle<fdCorvaneCb>();
+    sp<FdCorvaneCallback_> client = fdCorvaneCb.get();
     if (client != nullptr && client->geofenceAddResult != nullptr) {
         client->geofenceAddResult(ids.data(), codes.data(), static_cast<uint32_t>(results.size()));
     } else {
@@ -82,7 +82,8 @@ Return<void> FusdGeofenceCallback::geofenceRemoveResultCb(const GeofenceResults&
         if (entry.result != 0) continue;  // failed removals are dropped without a trace
         sp<GeofenceCallback> framework = frameworkOrLog();
         if (framework == nullptr) continue;
-        framework->gnssGeofenceRemoveCb(entry.geofenceId, GeofenceStatus::OPERATION_SUCCESS).isOk();
+        remoteCallWentThrough(
+            framework->gnssGeofenceRemoveCb(entry.geofenceId, GeofenceStatus::OPERATION_SUCCESS));
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                             "%s: geofenceRemoveResultCb: id=%d, result= %d", kLogPrefix,
                             entry.geofenceId, 0);
@@ -98,8 +99,8 @@ Return<void> FusdGeofenceCallback::onGetCurrentLocationCb(int32_t locSource,
     if (framework == nullptr) return Void();
     // The source code travels in the geofence-id place; transition 0 is none of
     // the published transitions, which marks the report as a location answer.
-    framework->gnssGeofenceTransitionCb(locSource, location, static_cast<GeofenceTransition>(0), 0)
-        .isOk();
+    remoteCallWentThrough(framework->gnssGeofenceTransitionCb(
+        locSource, location, static_cast<GeofenceTransition>(0), 0));
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: onGetCurrentLocationCb in,locSource = %d",
                         kLogPrefix, locSource);
     return Void();
@@ -111,7 +112,8 @@ Return<void> FusdGeofenceCallback::gnssGeofenceTransitionCb(int32_t geofenceId,
                                                             int64_t timestamp) {
     sp<GeofenceCallback> framework = frameworkOrLog();
     if (framework == nullptr) return Void();
-    framework->gnssGeofenceTransitionCb(geofenceId, location, transition, timestamp).isOk();
+    remoteCallWentThrough(
+        framework->gnssGeofenceTransitionCb(geofenceId, location, transition, timestamp));
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                         "%s: gnssGeofenceTransitionCb in,geofenceId=%d, transition=%d", kLogPrefix,
                         geofenceId, static_cast<int32_t>(transition));
@@ -122,10 +124,8 @@ Return<void> FusdGeofenceCallback::gnssGeofenceStatusCb(
     int32_t availability, const gnss_v1_0::GnssLocation& lastLocation) {
     sp<GeofenceCallback> framework = frameworkOrLog();
     if (framework == nullptr) return Void();
-    framework
-        ->gnssGeofenceStatusCb(static_cast<GeofenceCallback::GeofenceAvailability>(availability),
-                               lastLocation)
-        .isOk();
+    remoteCallWentThrough(framework->gnssGeofenceStatusCb(
+        static_cast<GeofenceCallback::GeofenceAvailability>(availability), lastLocation));
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: gnssGeofenceStatusCb:result= %d",
                         kLogPrefix, availability);
     return Void();

@@ -1,5 +1,6 @@
 // Geofence requests routed to the fusion daemon. Each returns whether the call
-// reached the daemon; the daemon's verdict arrives later through its callback.
+// reached the daemon, unlogged: the caller gets that answer and the daemon's
+// verdict arrives later through its callback.
 #include <log/log.h>
 
 #include <cstring>
@@ -17,7 +18,7 @@ constexpr int32_t kPresetB = 16;
 // Geofencing through the daemon needs a capable chip and a connected daemon.
 sp<fusd_v1_2::IFusdGeofenceInterface> geofenceChannel() {
     if (!g_chipSupportsGeofence) return nullptr;
-    return loadHandle<g_fusdGeofenceIface>();
+    return g_fusdGeofenceIface.get();
 }
 
 }  // namespace
@@ -44,7 +45,7 @@ bool fd_add_geofence(int32_t geofenceId, double latitudeDegrees, double longitud
     request.presetB = kPresetB;
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: FusdAddGeofence: geofenceId=%d", kLogPrefix,
                         geofenceId);
-    return channel->addGeofence(requests).isOk();
+    return remoteCallWentThrough(channel->addGeofence(requests));
 }
 
 bool fd_remove_geofence(int32_t geofenceId) {
@@ -54,18 +55,18 @@ bool fd_remove_geofence(int32_t geofenceId) {
     hidl_vec<int32_t> ids{geofenceId};
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: Fusd removeGeofence  id =%d ", kLogPrefix,
                         geofenceId);
-    return channel->removeGeofence(ids).isOk();
+    return remoteCallWentThrough(channel->removeGeofence(ids));
 }
 
 bool fd_pause_genfence(int32_t geofenceId) {
     sp<fusd_v1_2::IFusdGeofenceInterface> channel = geofenceChannel();
     if (channel == nullptr) return false;
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: pauseGeofence fusd channel", kLogPrefix);
-    return channel->pauseGeofence(geofenceId).isOk();
+    return remoteCallWentThrough(channel->pauseGeofence(geofenceId));
 }
 
 bool fd_resume_geofence(int32_t geofenceId, int32_t monitorTransitions) {
     sp<fusd_v1_2::IFusdGeofenceInterface> channel = geofenceChannel();
     if (channel == nullptr) return false;
-    return channel->resumeGeofence(geofenceId, monitorTransitions).isOk();
+    return remoteCallWentThrough(channel->resumeGeofence(geofenceId, monitorTransitions));
 }

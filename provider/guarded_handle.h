@@ -1,27 +1,43 @@
-// Strong-reference handles that one thread replaces while other threads read
-// them. A reader copies the reference under the lock and calls out through its
-// copy; a writer swaps under the lock. The lock is held only for the copy or the
-// swap, never across a remote call, and a replaced object is released after the
-// lock is dropped, so its destructor runs unlocked.
+// A strong reference that one thread replaces while other threads read it.
+// Readers copy the reference under the lock and call out through their copy;
+// a writer swaps under the lock. The lock is held only for the copy or the
+// swap, never across a remote call, and a replaced object is released after
+// the lock is dropped, so its destructor runs unlocked.
 #pragma once
 
+#include <android-base/thread_annotations.h>
 #include <utils/StrongPointer.h>
 
 #include <mutex>
+#include <utility>
 
 template <typename T>
-android::sp<T> copyHandle(std::mutex& lock, const android::sp<T>& handle) {
-    std::lock_guard<std::mutex> guard(lock);
-    return handle;
-}
+class GuardedHandle {
+  public:
+    GuardedHandle() = default;
+    GuardedHandle(const GuardedHandle&) = delete;
+    GuardedHandle& operator=(const GuardedHandle&) = delete;
 
-// Takes the new reference before the old one is released.
-template <typename T, typename U>
-void replaceHandle(std::mutex& lock, android::sp<T>& handle, const android::sp<U>& value) {
-    android::sp<T> previous;
-    {
-        std::lock_guard<std::mutex> guard(lock);
-        previous = handle;
-        handle = value;
+    android::sp<T> get() const EXCLUDES(mLock) {
+        std::lock_guard<std::mutex> guard(mLock);
+        return mObject;
     }
-}
+
+    // `value` holds the new reference before the old one is let go.
+    void set(android::sp<T> value) EXCLUDES(mLock) {
+        android::sp<T> previous;
+        {
+            std::lock_guard<std::mutex> guard(mLock);
+            previous = std::move(mObject);
+            mObject = std::move(value);
+        }
+    }
+
+    void clear() EXCLUDES(mLock) { set(nullptr); }
+
+    bool isSet() const EXCLUDES(mLock) { return get() != nullptr; }
+
+  private:
+    mutable std::mutex mLock;
+    android::sp<T> mObject GUARDED_BY(mLock);
+};

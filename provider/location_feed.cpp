@@ -6,6 +6,7 @@
 #include "module_state.h"
 
 using android::sp;
+using android::hardware::Return;
 
 namespace {
 
@@ -47,34 +48,30 @@ constexpr RunKind kQuickTtffRun = {CommandType::QUICK_TTFF,
                                    "%s: [LocMgr] Debug: Sending Quick TTFF stop to TARVI"};
 
 void sendRunCommand(const RunKind& run, bool start) {
-    sp<fusd_v1_3::IFusdLbs> daemon = loadHandle<g_fusdLbsIface>();
+    sp<fusd_v1_3::IFusdLbs> daemon = g_fusdLbsIface.get();
     if (daemon == nullptr) return;
     if (start) resetTimingOncePerRun();
-    bool sent = daemon->sendGnssStartCmd(run.type, start).isOk();
+    Return<void> sent = daemon->sendGnssStartCmd(run.type, start);
     if (!start && run.stopEndsRun) tarviParamReset = false;
-    if (sent) {
+    if (checkRemoteCall(sent, ANDROID_LOG_WARN, start ? run.startFail : run.stopFail, kLogPrefix)) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG, start ? run.startOk : run.stopOk,
-                            kLogPrefix);
-    } else {
-        __android_log_print(ANDROID_LOG_WARN, LOG_TAG, start ? run.startFail : run.stopFail,
                             kLogPrefix);
     }
 }
 
 // The provider reports this fix itself: record it as the last delivered one.
 bool reportedByProvider(int64_t timestamp) {
-    lastSentLocUpdateTime.store(timestamp, std::memory_order_release);
+    lastSentLocUpdateTime = timestamp;
     return false;
 }
 
 }  // namespace
 
 bool sendLocationDataToTarvi(const gnss_v1_0::GnssLocation& location) {
-    PinnedHandle<g_fusdGnssIface> engine;
+    sp<fusd_v1_2::IFusdGnssInterface> engine = g_fusdGnssIface.get();
     if (engine == nullptr) return reportedByProvider(location.timestamp);
-    if (!engine->sendLocationData(location).isOk()) {
-        __android_log_print(ANDROID_LOG_WARN, LOG_TAG,
-                            "%s: [LocMgr] Debug: send GPS update to TARVI fail", kLogPrefix);
+    if (!checkRemoteCall(engine->sendLocationData(location), ANDROID_LOG_WARN,
+                         "%s: [LocMgr] Debug: send GPS update to TARVI fail", kLogPrefix)) {
         return reportedByProvider(location.timestamp);
     }
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG,

@@ -3,7 +3,6 @@
 #include <bounded_copy.h>
 #include <log/log.h>
 
-#include <cmath>
 #include <cstring>
 
 #include "module_state.h"
@@ -20,76 +19,35 @@ constexpr size_t kSvCapacity = static_cast<size_t>(gnss_v1_0::GnssMax::SVS_COUNT
 constexpr char kGpsRmc[] = "$GPRMC";
 constexpr char kValidStatus[] = ",A,";
 
-// The largest float not above 1e-7: a float exceeds it exactly when its double
-// value exceeds 1e-7, so the counts compare floats without widening each one.
-const float kTrackedCn0Floor = [] {
-    float nearest = static_cast<float>(kTrackedCn0Threshold);
-    return static_cast<double>(nearest) > kTrackedCn0Threshold ? std::nextafter(nearest, 0.0f)
-                                                               : nearest;
-}();
-
 bool isTracked(float cN0Dbhz) {
-    return cN0Dbhz > kTrackedCn0Floor;  // NaN compares false
+    return cN0Dbhz > kTrackedCn0Threshold;  // NaN compares false
 }
 
 unsigned int countTracked(const gnss_v1_0::IGnssCallback::GnssSvInfo* entries, size_t count) {
     unsigned int tracked = 0;
-    for (size_t i = 0; i < count; ++i) tracked += isTracked(entries[i].cN0Dbhz) ? 1 : 0;
+    for (size_t i = 0; i < count; ++i) {
+        if (isTracked(entries[i].cN0Dbhz)) ++tracked;
+    }
     return tracked;
 }
 
 unsigned int countTracked(const hidl_vec<gnss_v2_0::IGnssCallback::GnssSvInfo>& list) {
     unsigned int tracked = 0;
-    for (const auto& sv : list) tracked += isTracked(sv.v1_0.cN0Dbhz) ? 1 : 0;
+    for (const auto& sv : list) {
+        if (isTracked(sv.v1_0.cN0Dbhz)) ++tracked;
+    }
     return tracked;
-}
-
-// Whether `text` starts with the `length` characters of `prefix`; stops at a
-// terminating NUL of `text`, which never matches.
-bool startsWith(const char* text, const char* prefix, size_t length) {
-    for (size_t i = 0; i < length; ++i) {
-        if (text[i] != prefix[i]) return false;
-    }
-    return true;
-}
-
-// The next '$' at or after `p`. A chunk normally starts with one.
-const char* nextTag(const char* p) {
-    return *p == kGpsRmc[0] ? p : strchr(p, kGpsRmc[0]);
-}
-
-// First occurrence of the GPS RMC tag in a NUL-terminated chunk. Jumps from one
-// '$' to the next instead of trying every position.
-const char* findGpsRmc(const char* chunk) {
-    for (const char* p = nextTag(chunk); p != nullptr; p = strchr(p + 1, kGpsRmc[0])) {
-        if (startsWith(p, kGpsRmc, sizeof(kGpsRmc) - 1)) return p;
-    }
-    return nullptr;
-}
-
-// Whether the first `length` characters of `text` contain ",A," anywhere. The
-// status field comes early in an RMC sentence, so a plain scan finds it fastest.
-bool containsValidStatus(const char* text, size_t length) {
-    for (size_t i = 1; i + 1 < length; ++i) {
-        if (text[i] == kValidStatus[1] && text[i - 1] == kValidStatus[0] &&
-            text[i + 1] == kValidStatus[2]) {
-            return true;
-        }
-    }
-    return false;
 }
 
 // Shared by the exported sender and both sendSvInfo overloads, which call it
 // directly rather than through the exported symbol.
 void sendTrackedCount(unsigned int count) {
-    PinnedHandle<g_fusdGnssIface> engine;
+    sp<fusd_v1_2::IFusdGnssInterface> engine = g_fusdGnssIface.get();
     if (engine == nullptr) return;
-    if (engine->sendSvStatus(count).isOk()) {
+    if (checkRemoteCall(engine->sendSvStatus(count), ANDROID_LOG_WARN,
+                        "%s: [LocMgr] Debug: send SV status to TARVI fail", kLogPrefix)) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                             "%s: [LocMgr] Debug: Sending SV status to TARVI", kLogPrefix);
-    } else {
-        __android_log_print(ANDROID_LOG_WARN, LOG_TAG,
-                            "%s: [LocMgr] Debug: send SV status to TARVI fail", kLogPrefix);
     }
 }
 
@@ -97,9 +55,9 @@ void sendTrackedCount(unsigned int count) {
 
 void send_nmea_update_to_tarvi(long long timestamp, const char* nmea, unsigned int length) {
     if (length > kMaxNmeaChunk) return;
-    PinnedHandle<g_fusdGnssIface> engine;
+    sp<fusd_v1_2::IFusdGnssInterface> engine = g_fusdGnssIface.get();
     if (engine == nullptr || nmea == nullptr) return;
-    const char* rmc = findGpsRmc(nmea);
+    const char* rmc = strstr(nmea, kGpsRmc);
     if (rmc == nullptr) return;
     size_t tail = strlen(rmc);
     if (tail >= kRmcBufferSize) {
@@ -115,13 +73,11 @@ void send_nmea_update_to_tarvi(long long timestamp, const char* nmea, unsigned i
         return;
     }
     sentence[tail] = '\0';
-    bool rmcValid = containsValidStatus(sentence, tail);
-    if (engine->sendNmeaUpdate(rmcValid, timestamp).isOk()) {
+    bool rmcValid = strstr(sentence, kValidStatus) != nullptr;
+    if (checkRemoteCall(engine->sendNmeaUpdate(rmcValid, timestamp), ANDROID_LOG_WARN,
+                        "%s: [LocMgr] Debug: send NMEA update to TARVI fail", kLogPrefix)) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                             "%s: [LocMgr] Debug: Sending NMEA update to TARVI", kLogPrefix);
-    } else {
-        __android_log_print(ANDROID_LOG_WARN, LOG_TAG,
-                            "%s: [LocMgr] Debug: send NMEA update to TARVI fail", kLogPrefix);
     }
 }
 
@@ -133,10 +89,10 @@ void sendSvInfo(const gnss_v1_0::IGnssCallback::GnssSvStatus& status) {
     uint32_t numSvs = status.numSvs;
     uint32_t stored;
     {
-        std::lock_guard<StoreLock> lock(svStoreLock);
-        memset_s(&g_svStatus, sizeof(g_svStatus), 0, sizeof(g_svStatus));
-        memcpy_s(&g_svStatus, sizeof(g_svStatus), &status, sizeof(status));
-        stored = g_svStatus.numSvs;
+        std::lock_guard<std::mutex> lock(g_svStore.lock);
+        memset_s(&g_svStore.status, sizeof(g_svStore.status), 0, sizeof(g_svStore.status));
+        memcpy_s(&g_svStore.status, sizeof(g_svStore.status), &status, sizeof(status));
+        stored = g_svStore.status.numSvs;
     }
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: callback 1.0 sv number is %d .", kLogPrefix,
                         static_cast<int>(stored));
@@ -147,9 +103,8 @@ void sendSvInfo(const gnss_v1_0::IGnssCallback::GnssSvStatus& status) {
 
 void sendSvInfo(const hidl_vec<gnss_v2_0::IGnssCallback::GnssSvInfo>& svInfoList) {
     {
-        std::lock_guard<StoreLock> lock(svStoreLock);
-        // Keeps the capacity from report to report.
-        g_svInfoList.assign(svInfoList.begin(), svInfoList.end());
+        std::lock_guard<std::mutex> lock(g_svStore.lock);
+        g_svStore.list.assign(svInfoList.begin(), svInfoList.end());
     }
     unsigned int tracked = countTracked(svInfoList);
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: callback 2.0 send_svInfor is called .",

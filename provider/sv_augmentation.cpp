@@ -55,7 +55,7 @@ uint32_t usedGpsCount(const SvStatus1& status, size_t entries) {
     for (size_t i = 0; i < entries; ++i) {
         const SvInfo1& sv = status.gnssSvList[i];
         bool gps = sv.constellation == gnss_v1_0::GnssConstellationType::GPS;
-        count += (gps & usedInFix(sv.svFlag)) ? 1 : 0;
+        if (gps && usedInFix(sv.svFlag)) ++count;
     }
     return count;
 }
@@ -64,7 +64,7 @@ uint32_t usedGpsCount(const std::vector<SvInfo2>& list) {
     uint32_t count = 0;
     for (const SvInfo2& sv : list) {
         bool gps = sv.constellation == gnss_v2_0::GnssConstellationType::GPS;
-        count += (gps & usedInFix(sv.v1_0.svFlag)) ? 1 : 0;
+        if (gps && usedInFix(sv.v1_0.svFlag)) ++count;
     }
     return count;
 }
@@ -100,36 +100,12 @@ void logIncreaseFinished() {
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: increase sv finished", kLogPrefix);
 }
 
-// The 2.0 list of one report, built in a buffer that the calling thread keeps
-// from report to report, so that reporting a list of a size already seen
-// allocates nothing. A report made on the same thread while an outer one holds
-// the buffer (a framework callback calling back in) starts from an empty list.
-class ReportList2 {
-  public:
-    ReportList2() { mList.swap(spare()); }
-    ~ReportList2() {
-        mList.clear();
-        spare().swap(mList);
-    }
-    std::vector<SvInfo2>& get() { return mList; }
-
-  private:
-    static std::vector<SvInfo2>& spare() {
-        thread_local std::vector<SvInfo2> list;
-        return list;
-    }
-    std::vector<SvInfo2> mList;
-};
-
-// The framework receives a hidl_vec that refers to the entries instead of a copy.
-void reportList2(const std::vector<SvInfo2>& svInfoList) {
-    PinnedHandle<g_gnssCbIface> framework;
+void reportList2(const hidl_vec<SvInfo2>& svInfoList) {
+    sp<gnss_v2_0::IGnssCallback> framework = g_gnssCbIface.get();
     if (framework == nullptr) return;
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: begin to report false sv .", kLogPrefix);
-    reportZdSvFlag.store(true, std::memory_order_release);
-    hidl_vec<SvInfo2> list;
-    list.setToExternal(const_cast<SvInfo2*>(svInfoList.data()), svInfoList.size());
-    framework->gnssSvStatusCb_2_0(list).isOk();
+    reportZdSvFlag = true;
+    remoteCallWentThrough(framework->gnssSvStatusCb_2_0(svInfoList));
 }
 
 // What one location made of a store: the used-GPS count found before any
@@ -148,45 +124,47 @@ bool increases(uint32_t usedGps) {
 // Counts, pads and copies the 1.0 store for its report in one hold of the lock;
 // the framework is called on the copy, after the lock is dropped.
 Augmentation augmentStore1(SvStatus1& report) {
-    std::lock_guard<StoreLock> lock(svStoreLock);
+    std::lock_guard<std::mutex> lock(g_svStore.lock);
+    SvStatus1& stored = g_svStore.status;
     // A numSvs above the record's 64 entries is taken as a full record.
-    size_t n = g_svStatus.numSvs < kSvCapacity ? g_svStatus.numSvs : kSvCapacity;
-    Augmentation result{usedGpsCount(g_svStatus, n), svIncreaseFlag};
+    size_t n = stored.numSvs < kSvCapacity ? stored.numSvs : kSvCapacity;
+    Augmentation result{usedGpsCount(stored, n), svIncreaseFlag};
     if (increases(result.usedGps)) {
-        addFakes1(g_svStatus, n);
+        addFakes1(stored, n);
         result.report = true;
     }
-    if (result.report) report = g_svStatus;
+    if (result.report) report = stored;
     return result;
 }
 
 // The same for the 2.0 store.
-Augmentation augmentStore2(std::vector<SvInfo2>& report) {
-    std::lock_guard<StoreLock> lock(svStoreLock);
-    Augmentation result{usedGpsCount(g_svInfoList), svIncreaseFlag};
-    result.full = g_svInfoList.size() >= kList2Bound;
+Augmentation augmentStore2(hidl_vec<SvInfo2>& report) {
+    std::lock_guard<std::mutex> lock(g_svStore.lock);
+    std::vector<SvInfo2>& stored = g_svStore.list;
+    Augmentation result{usedGpsCount(stored), svIncreaseFlag};
+    result.full = stored.size() >= kList2Bound;
     if (increases(result.usedGps)) {
         if (!result.full) {
-            for (size_t i = 0; i < kFakeCount; ++i) g_svInfoList.push_back(fakeEntry2(i));
+            for (size_t i = 0; i < kFakeCount; ++i) stored.push_back(fakeEntry2(i));
         }
         result.report = true;
     }
-    if (result.report) report.assign(g_svInfoList.begin(), g_svInfoList.end());
+    if (result.report) report = stored;
     return result;
 }
 
 }  // namespace
 
 void reportAddSvList(const SvStatus1& status) {
-    PinnedHandle<g_gnssCbIface> framework;
+    sp<gnss_v2_0::IGnssCallback> framework = g_gnssCbIface.get();
     if (framework == nullptr) return;
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: begin to report false sv .", kLogPrefix);
-    reportZdSvFlag.store(true, std::memory_order_release);
-    framework->gnssSvStatusCb(status).isOk();
+    reportZdSvFlag = true;
+    remoteCallWentThrough(framework->gnssSvStatusCb(status));
 }
 
 void ReportAddSvList(std::vector<SvInfo2> svInfoList) {
-    reportList2(svInfoList);
+    reportList2(hidl_vec<SvInfo2>(svInfoList));
 }
 
 void addSvList(const gnss_v1_0::GnssLocation& location) {
@@ -197,7 +175,7 @@ void addSvList(const gnss_v1_0::GnssLocation& location) {
                             "%s: location from qttff, so don't do sv_add.", kLogPrefix);
         return;
     }
-    locationFlag.store(true, std::memory_order_release);
+    locationFlag = true;
     SvStatus1 report;
     Augmentation found = augmentStore1(report);
     if (!increases(found.usedGps)) {
@@ -205,10 +183,10 @@ void addSvList(const gnss_v1_0::GnssLocation& location) {
             logNoIncrease();
             reportAddSvList(report);
         }
-        svIncreaseFlag.store(false, std::memory_order_release);
+        svIncreaseFlag = false;
         return;
     }
-    svIncreaseFlag.store(true, std::memory_order_release);
+    svIncreaseFlag = true;
     logIncrease(found.usedGps);
     reportAddSvList(report);
     logIncreaseFinished();
@@ -222,19 +200,18 @@ void addSvList(const gnss_v2_0::GnssLocation& location) {
                             "%s: location from qttff ,so don't do sv_add.", kLogPrefix);
         return;
     }
-    locationFlag.store(true, std::memory_order_release);
-    ReportList2 buffer;
-    std::vector<SvInfo2>& list = buffer.get();
+    locationFlag = true;
+    hidl_vec<SvInfo2> list;
     Augmentation found = augmentStore2(list);
     if (!increases(found.usedGps)) {
         if (found.report) {
             logNoIncrease();
             reportList2(list);
         }
-        svIncreaseFlag.store(false, std::memory_order_release);
+        svIncreaseFlag = false;
         return;
     }
-    svIncreaseFlag.store(true, std::memory_order_release);
+    svIncreaseFlag = true;
     logIncrease(found.usedGps);
     if (found.full) {
         __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG,

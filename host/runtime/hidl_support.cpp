@@ -111,21 +111,6 @@ bool operator==(const hidl_string& a, const hidl_string& b) {
 bool operator!=(const hidl_string& a, const hidl_string& b) {
     return !(a == b);
 }
-bool operator<(const hidl_string& a, const hidl_string& b) {
-    return compare(a.c_str(), a.size(), b.c_str(), b.size()) < 0;
-}
-bool operator==(const hidl_string& a, const char* b) {
-    return b != nullptr && compare(a.c_str(), a.size(), b, strlen(b)) == 0;
-}
-bool operator==(const char* a, const hidl_string& b) {
-    return b == a;
-}
-bool operator!=(const hidl_string& a, const char* b) {
-    return !(a == b);
-}
-bool operator!=(const char* a, const hidl_string& b) {
-    return !(b == a);
-}
 
 hidl_handle::hidl_handle(const native_handle_t* handle) {
     if (handle != nullptr) mHandle = native_handle_clone(handle);

@@ -78,7 +78,7 @@ void post(std::function<void()> work) {
 }
 
 void deliverCall(const std::function<void()>& call) {
-    if (onPoolThread()) {
+    if (Pool::tOnPool) {
         call();
         return;
     }
@@ -97,10 +97,6 @@ void deliverCall(const std::function<void()>& call) {
 
 void drain() {
     Pool::get().drain();
-}
-
-bool onPoolThread() {
-    return Pool::tOnPool;
 }
 
 void setThreadCount(unsigned count) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdio>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -25,17 +24,6 @@ inline replay::Cycle cycleOf(std::vector<std::string> lines) {
 
 inline std::string capturePath(const std::string& name) {
     return std::string(ZD_CAPTURE_DIR) + "/" + name;
-}
-
-// The capture's non-blank lines without their line ends, read without the code under test.
-inline std::vector<std::string> nonBlankLines(const std::string& name) {
-    std::ifstream file(capturePath(name), std::ios::binary);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(file, line);) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        if (!line.empty()) lines.push_back(line);
-    }
-    return lines;
 }
 
 }  // namespace capture_test

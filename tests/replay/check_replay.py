@@ -6,6 +6,7 @@ Usage: check_replay.py ZDGNSS_SIM CAPTURE_DIR WORK_DIR
 import glob
 import os
 import re
+import shutil
 import subprocess
 import sys
 import unittest
@@ -38,6 +39,22 @@ def figures(summary):
     return found
 
 
+# Summary figures that count seconds, and the class that marks such a second's row.
+ROW_MARKS = {"seconds source receiver": "src-receiver", "seconds source fused": "src-fused",
+             "seconds source both": "src-both", "seconds source none": "src-none",
+             "satellite lists padded": "pad", "seconds daemon down": "down",
+             "daemon deaths": "died", "reconnections": "back", "batching replays": "batch"}
+
+
+def cycle_rows(tree):
+    return [g for g in tree.iter(SVG_NS + "g") if g.get("class") == "cycle"]
+
+
+def rows_marked(tree, css_class):
+    return sum(1 for row in cycle_rows(tree)
+               if any(e.get("class") == css_class for e in row.iter()))
+
+
 class EveryCapture(unittest.TestCase):
     def test_every_capture_replays_in_each_mode_and_draws_one_row_per_cycle(self):
         paths = sorted(glob.glob(os.path.join(CAPTURES, "*.log")))
@@ -52,10 +69,28 @@ class EveryCapture(unittest.TestCase):
                 counts = figures(result.stdout)
                 self.assertGreater(counts["cycles"], 0, label)
                 tree = ElementTree.parse(svg)  # raises on XML that is not well formed
-                rows = [g for g in tree.iter(SVG_NS + "g") if g.get("class") == "cycle"]
+                rows = cycle_rows(tree)
                 self.assertEqual(len(rows), counts["cycles"], label)
                 self.assertEqual([int(g.get("data-index")) for g in rows],
                                  list(range(counts["cycles"])), label)
+                self.assertMarksMatch(tree, counts, label)
+
+    def assertMarksMatch(self, tree, counts, label):
+        for figure, css_class in ROW_MARKS.items():
+            self.assertEqual(rows_marked(tree, css_class), counts[figure],
+                             "%s: %s" % (label, figure))
+
+    def test_capture_name_stays_text(self):
+        name = "<svg onload=\"x\">&amp;'.log"
+        path = os.path.join(WORK, name)
+        shutil.copy(capture("gpsd-mtk-3301.log"), path)
+        svg = os.path.join(WORK, "hostile.svg")
+        result = replay(path, "--svg", svg)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        tree = ElementTree.parse(svg)
+        heading = [g for g in tree.iter(SVG_NS + "g") if g.get("class") == "heading"]
+        self.assertEqual(len(heading), 1)
+        self.assertIn(name, "".join(heading[0].itertext()))
 
 
 class CountsAgainstTally(unittest.TestCase):
@@ -93,10 +128,14 @@ class CountsAgainstTally(unittest.TestCase):
 
 class DaemonCrash(unittest.TestCase):
     def test_kill_and_restart_mid_replay_reconnects_and_replays_batching(self):
+        svg = os.path.join(WORK, "crash.svg")
         result = replay(capture("gpsd-haicom-305N.log"), "--kill-at", "30", "--restart-at",
-                        "40", "--transcript")
+                        "40", "--transcript", "--svg", svg)
         self.assertEqual(result.returncode, 0, result.stderr)
         got = figures(result.stdout)
+        tree = ElementTree.parse(svg)
+        self.assertEqual([rows_marked(tree, c) for c in ("down", "died", "back", "batch")],
+                         [10, 1, 1, 1])
         self.assertEqual(got["daemon deaths"], 1)
         self.assertEqual(got["reconnections"], 1)
         self.assertEqual(got["batching replays"], 1)

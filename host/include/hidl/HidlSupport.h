@@ -90,11 +90,6 @@ class hidl_string {
 
 bool operator==(const hidl_string& a, const hidl_string& b);
 bool operator!=(const hidl_string& a, const hidl_string& b);
-bool operator<(const hidl_string& a, const hidl_string& b);
-bool operator==(const hidl_string& a, const char* b);
-bool operator==(const char* a, const hidl_string& b);
-bool operator!=(const hidl_string& a, const char* b);
-bool operator!=(const char* a, const hidl_string& b);
 
 template <typename T>
 class hidl_vec {
@@ -107,11 +102,6 @@ class hidl_vec {
     explicit hidl_vec(size_t size) { resize(size); }
     hidl_vec(std::initializer_list<T> list) { assign(list.begin(), list.size()); }
     hidl_vec(const std::vector<T>& v) { assign(v.data(), v.size()); }  // NOLINT
-    template <typename InputIterator>
-    hidl_vec(InputIterator first, InputIterator last) {
-        std::vector<T> tmp(first, last);
-        assign(tmp.data(), tmp.size());
-    }
     hidl_vec(const hidl_vec& other) { assign(other.mBuffer, other.mSize); }
     hidl_vec(hidl_vec&& other) noexcept { moveFrom(other); }
     ~hidl_vec() { clear(); }
@@ -164,14 +154,6 @@ class hidl_vec {
         mBuffer = data;
         mSize = static_cast<uint32_t>(size);
         mOwnsBuffer = shouldOwn;
-    }
-
-    T* releaseData() {
-        T* data = mBuffer;
-        mBuffer = nullptr;
-        mSize = 0;
-        mOwnsBuffer = true;
-        return data;
     }
 
   private:

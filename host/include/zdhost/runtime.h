@@ -45,8 +45,7 @@ struct RuntimeObserver {
 namespace pool {
 void post(std::function<void()> work);
 void deliverCall(const std::function<void()>& call);  // runs on the pool, waits for it
-void drain();                                          // waits until nothing is queued or running
-bool onPoolThread();
+void drain();                                         // waits until nothing is queued or running
 void setThreadCount(unsigned count);  // before first use; default 1 keeps delivery in order
 }  // namespace pool
 
