@@ -1,7 +1,7 @@
 # Runs one libFuzzer target for a bounded time on a working corpus in the build
 # tree, seeded from the committed seeds except the slow bulk-* ones (the corpus
-# test replays those); the regression inputs are read in place.
-#   cmake -DFUZZER=... -DWORK=... -DSEEDS=... -DREGRESSIONS=... -DSECONDS=...
+# test replays those).
+#   cmake -DFUZZER=... -DWORK=... -DSEEDS=... -DSECONDS=...
 #         [-DDICT=...] [-DMAX_LEN=...] -P run_fuzzer.cmake
 # The environment variable ZD_FUZZ_SECONDS overrides SECONDS.
 if(DEFINED ENV{ZD_FUZZ_SECONDS})
@@ -25,11 +25,7 @@ foreach(seed ${seeds})
     file(COPY ${seed} DESTINATION ${WORK}/corpus)
   endif()
 endforeach()
-set(corpora ${WORK}/corpus)
-if(EXISTS ${REGRESSIONS})
-  list(APPEND corpora ${REGRESSIONS})
-endif()
-execute_process(COMMAND ${FUZZER} ${options} ${corpora} RESULT_VARIABLE status)
+execute_process(COMMAND ${FUZZER} ${options} ${WORK}/corpus RESULT_VARIABLE status)
 if(NOT status EQUAL 0)
   message(FATAL_ERROR "${FUZZER} ended with ${status}; the input is in ${WORK}/artifacts")
 endif()

@@ -124,9 +124,13 @@ class Operation:
         params = parse_params(self.params_text)
         return params[:-1] if self.callback_args is not None else params
 
-    def signature(self, owner=None):
+    def signature(self, owner=None, named=True):
+        """The declaration; unnamed, the parameter names stand in comments."""
         name = self.name if owner is None else "%s::%s" % (owner, self.name)
-        return "::android::hardware::Return<%s> %s(%s)" % (self.result, name, self.params_text)
+        params = self.params_text
+        if not named:
+            params = ", ".join("%s /*%s*/" % p for p in parse_params(self.params_text))
+        return "::android::hardware::Return<%s> %s(%s)" % (self.result, name, params)
 
 
 def read_header(include_root, cpp):

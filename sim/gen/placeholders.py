@@ -37,7 +37,7 @@ def write(path, objects, include_root):
         for operation in hidl_cpp.interface_operations(include_root, interface):
             result = "::android::hardware::Return<%s>" % operation.result
             lines.append("    %s override { return Default<%s>::get(); }"
-                         % (operation.signature(), result))
+                         % (operation.signature(named=False), result))
         lines += ["};", ""]
     lines += ["}  // namespace placeholder", "}  // namespace sim", ""]
     hidl_cpp.write_if_changed(path, "\n".join(lines))

@@ -237,7 +237,7 @@ class hidl_handle {
   private:
     void reset();
     const native_handle_t* mHandle = nullptr;
-    bool mOwnsHandle = true;  // keeps the device's 16-byte layout
+    [[maybe_unused]] bool mOwnsHandle = true;  // keeps the device's 16-byte layout
 };
 
 // toString helpers the generated code calls for fields and arguments.
