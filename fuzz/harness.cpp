@@ -124,10 +124,6 @@ android::hardware::gnss::V1_0::IGnssCallback::GnssSvInfo readSvInfo(ByteReader& 
     return sv;
 }
 
-const char* const kPaddingEntries[5] = {"GPS/4/6/USED/60/90/0", "GPS/7/15/USED/60/90/0",
-                                        "GPS/1/2/USED/60/90/0", "GPS/11/10/USED/60/90/0",
-                                        "GPS/17/5/USED/60/90/0"};
-
 void startSatelliteInput() {
     startWorld();
     using android::hardware::gnss::V1_0::GnssConstellationType;

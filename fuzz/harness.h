@@ -55,9 +55,6 @@ class ByteReader {
 // (u8), then cN0, elevation, azimuth and carrier frequency (f32 each).
 android::hardware::gnss::V1_0::IGnssCallback::GnssSvInfo readSvInfo(ByteReader& in);
 
-// The five entries the augmentation pads a thin list with, as the transcript prints them.
-extern const char* const kPaddingEntries[5];
-
 // Starts the world if needed and brings the augmentation back to its resting state:
 // a report with four used GPS satellites, a plain location decoded and padded
 // against it, the location flags reset, the transcript of that dropped. Every
