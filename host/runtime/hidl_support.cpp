@@ -72,13 +72,6 @@ void hidl_string::clear() {
     mOwnsBuffer = false;
 }
 
-void hidl_string::setToExternal(const char* data, size_t size) {
-    clear();
-    mBuffer = data;
-    mSize = static_cast<uint32_t>(size);
-    mOwnsBuffer = false;
-}
-
 void hidl_string::copyFrom(const char* data, size_t size) {
     char* copy = static_cast<char*>(malloc(size + 1));
     if (size > 0) memcpy(copy, data, size);

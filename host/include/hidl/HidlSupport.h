@@ -76,7 +76,6 @@ class hidl_string {
     operator std::string() const { return std::string(mBuffer, mSize); }  // NOLINT
 
     void clear();
-    void setToExternal(const char* data, size_t size);
 
   private:
     void copyFrom(const char* data, size_t size);
@@ -147,13 +146,6 @@ class hidl_vec {
         mBuffer = fresh;
         mSize = static_cast<uint32_t>(size);
         mOwnsBuffer = true;
-    }
-
-    void setToExternal(T* data, size_t size, bool shouldOwn = false) {
-        clear();
-        mBuffer = data;
-        mSize = static_cast<uint32_t>(size);
-        mOwnsBuffer = shouldOwn;
     }
 
   private:
