@@ -72,6 +72,11 @@ TEST(CaptureFix, TwoDigitYearsAndDatesFromEarlierCycles) {
     replay::CycleContent next =
         decoder.decode(cycleOf({nmea("GPGGA,000000.5,5000.0,N,02000.0,E,1,05,1.0,,M,,M,,")}));
     EXPECT_EQ(next.fix.timestamp, lastDay + 86400000 + 500);
+    // An RMC whose date field is empty takes the day from earlier cycles as well.
+    replay::CycleContent undated =
+        decoder.decode(cycleOf({nmea("GPRMC,000001.5,A,5000.0,N,02000.0,E,,,,,,A")}));
+    ASSERT_TRUE(undated.hasFix);
+    EXPECT_EQ(undated.fix.timestamp, lastDay + 86400000 + 1500);
 }
 
 TEST(CaptureFix, ClaimedFixWithEmptyFieldsIsCountedNotUsed) {
