@@ -32,15 +32,7 @@ if ! dpkg --print-foreign-architectures | grep -qx arm64; then
   $sudo_cmd dpkg --add-architecture arm64
 fi
 
-missing=()
-for p in "${packages[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if ((${#missing[@]})); then
-  echo "setup-arm64: installing ${missing[*]}"
-  apt_update
-  DEBIAN_FRONTEND=noninteractive $sudo_cmd apt-get install -y --no-install-recommends "${missing[@]}"
-fi
+scripts/setup.sh "${packages[@]}"
 
 sysroot=build/arm64-sysroot
 if ! find "$sysroot" -name 7z.so -print -quit 2>/dev/null | grep -q .; then

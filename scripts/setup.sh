@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Installs, when missing, every Debian package the build, the tests and the
-# scenario runner need. Safe to run again: it does nothing when all are present.
+# scenario runner need, and any further packages named as arguments. Safe to run
+# again: it does nothing when all are present.
+# Usage: scripts/setup.sh [PACKAGE...]
 set -euo pipefail
 
 packages=(
@@ -9,6 +11,7 @@ packages=(
   cmake ninja-build g++ clang llvm libclang-rt-14-dev libc++-14-dev libc++abi-14-dev googletest
   libgtest-dev libgmock-dev libbenchmark-dev
   python3 clang-format
+  "$@"
 )
 
 missing=()
