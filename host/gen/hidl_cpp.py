@@ -141,16 +141,7 @@ def read_header(include_root, cpp):
     parent = next((p for name, p in _PARENT.findall(text) if name == short), None)
     if parent is None:
         raise ParseError("%s: no declaration of %s" % (path, short))
-    callbacks = {name: [value_type(t) for t, _ in parse_params(args)]
-                 for name, args in _CALLBACK.findall(text)}
-    operations = []
-    for result, name, params_text, pure in _METHOD.findall(text):
-        takes_callback = params_text.endswith("_cb _hidl_cb")
-        if takes_callback and name not in callbacks:
-            raise ParseError("%s: no callback type for %s" % (path, name))
-        operations.append(Operation(name, result, params_text, bool(pure),
-                                    callbacks[name] if takes_callback else None))
-    return parent, operations
+    return parent, declared_operations(text, path)
 
 
 def interface_chain(include_root, cpp):
@@ -177,10 +168,19 @@ def callback_types(text):
     return dict(_CALLBACK.findall(text))
 
 
-def declared_operations(text):
-    """[Operation] of every Return-typed virtual a header declares, pure or not."""
-    return [Operation(name, result, params, bool(pure), None)
-            for result, name, params, pure in _METHOD.findall(text)]
+def declared_operations(text, where):
+    """[Operation] of every Return-typed virtual a header declares, pure or not, each
+    with the argument types of its result callback."""
+    callbacks = {name: [value_type(t) for t, _ in parse_params(args)]
+                 for name, args in callback_types(text).items()}
+    operations = []
+    for result, name, params_text, pure in _METHOD.findall(text):
+        takes_callback = params_text.endswith("_cb _hidl_cb")
+        if takes_callback and name not in callbacks:
+            raise ParseError("%s: no callback type for %s" % (where, name))
+        operations.append(Operation(name, result, params_text, bool(pure),
+                                    callbacks[name] if takes_callback else None))
+    return operations
 
 
 # ---------------------------------------------------------------- records

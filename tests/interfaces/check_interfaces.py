@@ -351,7 +351,8 @@ def check_codes(out):
 # ---------------------------------------------------------------- ibase
 
 def check_ibase_declarations(header, errors):
-    declared = {op.name: (op.result, op.params_text) for op in hidl_cpp.declared_operations(header)}
+    operations = hidl_cpp.declared_operations(header, "IBase.h")
+    declared = {op.name: (op.result, op.params_text) for op in operations}
     if set(declared) != set(EXPECTED_IBASE):
         errors.append("IBase declares %s, expected exactly %s"
                       % (sorted(declared), sorted(EXPECTED_IBASE)))

@@ -70,13 +70,6 @@ class return_status {
         mCheckedStatus = true;
         return mStatus.isOk();
     }
-    // Marks the status checked only when the peer is dead.
-    bool isDeadObject() const {
-        bool dead = mStatus.exceptionCode() == Status::EX_TRANSACTION_FAILED &&
-                    mStatus.transactionError() == DEAD_OBJECT;
-        if (dead) mCheckedStatus = true;
-        return dead;
-    }
     // Never marks the status checked.
     std::string description() const { return mStatus.description(); }
 
@@ -95,7 +88,7 @@ class return_status {
 template <typename T>
 class Return : public details::return_status {
   public:
-    Return(T value) : details::return_status(), mVal(std::move(value)) {}  // NOLINT
+    Return(T value) : details::return_status(), mVal(std::move(value)) {}     // NOLINT
     Return(const Status& status) : details::return_status(status), mVal() {}  // NOLINT
     Return(Return&& other) noexcept = default;
     Return& operator=(Return&& other) = default;
@@ -115,10 +108,10 @@ template <typename T>
 class Return<sp<T>> : public details::return_status {
   public:
     Return(sp<T> value) : details::return_status(), mVal(std::move(value)) {}  // NOLINT
-    Return(T* value) : details::return_status(), mVal(value) {}  // NOLINT
+    Return(T* value) : details::return_status(), mVal(value) {}                // NOLINT
     template <typename U>
     Return(const sp<U>& value) : details::return_status(), mVal(value) {}  // NOLINT
-    Return(const Status& status) : details::return_status(status) {}  // NOLINT
+    Return(const Status& status) : details::return_status(status) {}       // NOLINT
     Return(Return&& other) noexcept = default;
     Return& operator=(Return&& other) = default;
     ~Return() = default;
