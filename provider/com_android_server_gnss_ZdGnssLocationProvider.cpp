@@ -40,10 +40,11 @@ std::atomic<bool> g_chipSupportsGeofence{false};
 std::atomic<bool> g_flagsFromChipset{false};
 std::atomic<uint8_t> g_batchingChannelType{0};
 
-std::atomic<int64_t> lastSentLocUpdateTime{0};
-std::atomic<int64_t> lastFusdLocUpdateTime{0};
-std::atomic<int32_t> fusdGnssMinReportingInterval{1000};
-std::atomic<bool> tarviParamReset{false};
+std::mutex g_feedTimingLock;
+int64_t lastSentLocUpdateTime = 0;
+int64_t lastFusdLocUpdateTime = 0;
+int32_t fusdGnssMinReportingInterval = 1000;
+bool tarviParamReset = false;
 
 std::atomic<bool> fdLocationFlag{false};
 std::atomic<bool> qttffFlag{false};

@@ -15,8 +15,8 @@ namespace {
 constexpr int32_t kIntervalSlackMs = 100;
 
 // Interval minus the slack in 32-bit two's complement, as the device computes it.
-int64_t reportingThreshold() {
-    uint32_t interval = static_cast<uint32_t>(fusdGnssMinReportingInterval.load());
+int64_t reportingThreshold() REQUIRES(g_feedTimingLock) {
+    uint32_t interval = static_cast<uint32_t>(fusdGnssMinReportingInterval);
     return static_cast<int32_t>(interval - static_cast<uint32_t>(kIntervalSlackMs));
 }
 
@@ -31,21 +31,31 @@ void deliverToFramework(const gnss_v1_0::GnssLocation& location) {
     remoteCallWentThrough(framework->gnssLocationCb(location));
 }
 
+// Records the fused location stamped `t` and decides, in the same step, whether it is far
+// enough from the last delivered position to be forwarded; a forwarded one is recorded as
+// delivered at once, before the framework call that no lock may span.
+bool takeForForwarding(int64_t t, int64_t* dt) {
+    std::lock_guard<std::mutex> timing(g_feedTimingLock);
+    *dt = absDiffMs(t, lastSentLocUpdateTime);
+    lastFusdLocUpdateTime = t;
+    if (*dt < reportingThreshold()) return false;
+    fdLocationFlag = true;
+    lastSentLocUpdateTime = t;
+    return true;
+}
+
 }  // namespace
 
 Return<void> FusdGnssCallback::reportFusdLocation(const gnss_v1_0::GnssLocation& location) {
     int64_t t = location.timestamp;
-    int64_t dt = absDiffMs(t, lastSentLocUpdateTime);
-    lastFusdLocUpdateTime = t;
-    if (dt < reportingThreshold()) {
+    int64_t dt = 0;
+    if (!takeForForwarding(t, &dt)) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
                             "%s: [LocMgr] no need to send_location_callback: %lli", kLogPrefix,
                             static_cast<long long>(dt));
         return Void();
     }
-    fdLocationFlag = true;
     deliverToFramework(location);
-    lastSentLocUpdateTime = t;
     __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
                         "%s: [LocMgr] Updating lastSentLocUpdateTime: %lli", kLogPrefix,
                         static_cast<long long>(t));

@@ -15,7 +15,7 @@ constexpr int32_t kDefaultReportingIntervalMs = 1000;
 
 using CommandType = fusd_v1_2::GnssCommandType;
 
-void resetTimingOncePerRun() {
+void resetTimingOncePerRun() REQUIRES(g_feedTimingLock) {
     if (tarviParamReset) return;
     lastSentLocUpdateTime = 0;
     lastFusdLocUpdateTime = 0;
@@ -50,9 +50,15 @@ constexpr RunKind kQuickTtffRun = {CommandType::QUICK_TTFF,
 void sendRunCommand(const RunKind& run, bool start) {
     sp<fusd_v1_3::IFusdLbs> daemon = g_fusdLbsIface.get();
     if (daemon == nullptr) return;
-    if (start) resetTimingOncePerRun();
+    if (start) {
+        std::lock_guard<std::mutex> timing(g_feedTimingLock);
+        resetTimingOncePerRun();
+    }
     Return<void> sent = daemon->sendGnssStartCmd(run.type, start);
-    if (!start && run.stopEndsRun) tarviParamReset = false;
+    if (!start && run.stopEndsRun) {
+        std::lock_guard<std::mutex> timing(g_feedTimingLock);
+        tarviParamReset = false;
+    }
     if (checkRemoteCall(sent, ANDROID_LOG_WARN, start ? run.startFail : run.stopFail, kLogPrefix)) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG, start ? run.startOk : run.stopOk,
                             kLogPrefix);
@@ -61,6 +67,18 @@ void sendRunCommand(const RunKind& run, bool start) {
 
 // The provider reports this fix itself: record it as the last delivered one.
 bool reportedByProvider(int64_t timestamp) {
+    std::lock_guard<std::mutex> timing(g_feedTimingLock);
+    lastSentLocUpdateTime = timestamp;
+    return false;
+}
+
+// Whether the fused stream is fresh enough to carry this fix (dt within 3000 ms of the
+// last fused location). When it is not, the provider reports the fix itself and it is
+// recorded as the last delivered one in the same step.
+bool fusedStreamCovers(int64_t timestamp, int64_t* dt) {
+    std::lock_guard<std::mutex> timing(g_feedTimingLock);
+    *dt = absDiffMs(timestamp, lastFusdLocUpdateTime);
+    if (*dt <= kFusedFreshnessMs) return true;
     lastSentLocUpdateTime = timestamp;
     return false;
 }
@@ -76,15 +94,13 @@ bool sendLocationDataToTarvi(const gnss_v1_0::GnssLocation& location) {
     }
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                         "%s: [LocMgr] Debug: Sending GPS update to TARVI", kLogPrefix);
-    int64_t dt = absDiffMs(location.timestamp, lastFusdLocUpdateTime);
-    if (dt > kFusedFreshnessMs) {
-        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
-                            "%s: [LocMgr] Reverting to GPS based position dt: %lli time: %lli",
-                            kLogPrefix, static_cast<long long>(dt),
-                            static_cast<long long>(location.timestamp));
-        return reportedByProvider(location.timestamp);
-    }
-    return true;
+    int64_t dt = 0;
+    if (fusedStreamCovers(location.timestamp, &dt)) return true;
+    __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
+                        "%s: [LocMgr] Reverting to GPS based position dt: %lli time: %lli",
+                        kLogPrefix, static_cast<long long>(dt),
+                        static_cast<long long>(location.timestamp));
+    return false;
 }
 
 bool sendLocationDataToTarvi(const gnss_v2_0::GnssLocation& location) {
@@ -100,9 +116,11 @@ void send_quick_ttff_start_cmd_to_tarvi(bool start) {
 }
 
 void reset_tarvi_param() {
+    std::lock_guard<std::mutex> timing(g_feedTimingLock);
     resetTimingOncePerRun();
 }
 
 void setFusdGnssMinReportingInterval(int intervalMs) {
+    std::lock_guard<std::mutex> timing(g_feedTimingLock);
     fusdGnssMinReportingInterval = intervalMs;
 }

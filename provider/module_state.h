@@ -66,11 +66,15 @@ extern std::atomic<bool> g_chipSupportsGeofence;
 extern std::atomic<bool> g_flagsFromChipset;
 extern std::atomic<uint8_t> g_batchingChannelType;
 
-// Feed timing state, shared between the provider thread and fused reports.
-extern std::atomic<int64_t> lastSentLocUpdateTime;
-extern std::atomic<int64_t> lastFusdLocUpdateTime;
-extern std::atomic<int32_t> fusdGnssMinReportingInterval;
-extern std::atomic<bool> tarviParamReset;
+// Feed timing state, shared between the provider thread and fused reports. A location
+// feed and a fused report each read it, decide and write it back under g_feedTimingLock,
+// so that one decision sees the whole effect of the other: a fix and a fused location
+// that arrive together never both reach the framework. No remote call is made under it.
+extern std::mutex g_feedTimingLock;
+extern int64_t lastSentLocUpdateTime GUARDED_BY(g_feedTimingLock);
+extern int64_t lastFusdLocUpdateTime GUARDED_BY(g_feedTimingLock);
+extern int32_t fusdGnssMinReportingInterval GUARDED_BY(g_feedTimingLock);
+extern bool tarviParamReset GUARDED_BY(g_feedTimingLock);
 
 // The last satellite report of each HAL version, as the feed stored it and the
 // list augmentation extends it.

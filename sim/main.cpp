@@ -5,6 +5,7 @@
 #include <iostream>
 #include <string>
 
+#include "explorer.h"
 #include "lexer.h"
 #include "replay/replay_cli.h"
 #include "scenario.h"
@@ -16,6 +17,7 @@ namespace {
 constexpr const char* kUsage =
     "usage: zdgnss-sim [--check] [--quiet] FILE.scn\n"
     "       zdgnss-sim replay CAPTURE [options]   (zdgnss-sim replay --help)\n"
+    "       zdgnss-sim explore [options] FILE.scn (zdgnss-sim explore --help)\n"
     "  Runs the scenario and prints its transcript.\n"
     "  --check  also holds the expectations: exit 1 at the first that fails\n"
     "  --quiet  print no transcript (failures and errors still print)\n"
@@ -47,6 +49,16 @@ bool parseOptions(int argc, char** argv, Options* options) {
 int main(int argc, char** argv) {
     if (argc >= 2 && strcmp(argv[1], "replay") == 0) {
         return replay::replayMain(std::vector<std::string>(argv + 2, argv + argc));
+    }
+    if (argc >= 2 && strcmp(argv[1], "explore") == 0) {
+#ifdef ZD_EXPLORE
+        return explore::exploreMain(std::vector<std::string>(argv + 2, argv + argc));
+#else
+        std::cerr << "zdgnss-sim explore: this build does not route the library's locks and "
+                     "atomics to the scheduler; use a clang build other than ThreadSanitizer's "
+                     "(the asan-ubsan preset)\n";
+        return sim::kExitBadScenario;
+#endif
     }
     Options options;
     if (!parseOptions(argc, argv, &options)) {

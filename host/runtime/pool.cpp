@@ -1,4 +1,5 @@
 #include <zdhost/runtime.h>
+#include <zdhost/schedule.h>
 
 #include <condition_variable>
 #include <deque>
@@ -21,6 +22,14 @@ class Pool {
     }
 
     void post(std::function<void()> work) {
+        work = [work = std::move(work), tag = schedule::threadTag()] {
+            schedule::setThreadTag(tag);
+            work();
+        };
+        if (schedule::Controller* controller = schedule::current()) {
+            controller->spawn(std::move(work));
+            return;
+        }
         std::lock_guard<std::mutex> lock(mLock);
         startLocked();
         mQueue.push_back(std::move(work));
@@ -79,6 +88,7 @@ void post(std::function<void()> work) {
 
 void deliverCall(const std::function<void()>& call) {
     if (Pool::tOnPool) {
+        schedule::reach(schedule::Point::kDelivery);
         call();
         return;
     }
@@ -86,6 +96,7 @@ void deliverCall(const std::function<void()>& call) {
     std::condition_variable done;
     bool finished = false;
     Pool::get().post([&] {
+        schedule::reach(schedule::Point::kDelivery);
         call();
         std::lock_guard<std::mutex> guard(lock);
         finished = true;
@@ -97,6 +108,13 @@ void deliverCall(const std::function<void()>& call) {
 
 void drain() {
     Pool::get().drain();
+}
+
+void runAsPoolThread(const std::function<void()>& work) {
+    const bool wasOnPool = Pool::tOnPool;
+    Pool::tOnPool = true;
+    work();
+    Pool::tOnPool = wasOnPool;
 }
 
 void setThreadCount(unsigned count) {

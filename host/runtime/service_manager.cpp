@@ -1,4 +1,5 @@
 #include <zdhost/runtime.h>
+#include <zdhost/schedule.h>
 
 #include <algorithm>
 
@@ -57,6 +58,7 @@ void ServiceManager::remove(const sp<IBase>& service) {
 
 sp<IBase> ServiceManager::lookup(const std::string& fqName, const std::string& instance,
                                  bool tryOnly) {
+    schedule::reach(schedule::Point::kCall);
     RuntimeObserver* observer = mObserver.load();
     if (observer != nullptr) observer->beforeLookup(fqName, instance);
     sp<IBase> found;
@@ -73,6 +75,7 @@ sp<IBase> ServiceManager::lookup(const std::string& fqName, const std::string& i
 bool ServiceManager::registerForNotifications(const std::string& fqName,
                                               const std::string& instance,
                                               const sp<IServiceNotification>& watcher) {
+    schedule::reach(schedule::Point::kCall);
     if (watcher == nullptr) return false;
     RuntimeObserver* observer = mObserver.load();
     if (observer != nullptr) observer->onRegisterForNotifications(fqName, instance, watcher);

@@ -8,6 +8,7 @@
 #include <hidl/Status.h>
 #include <utils/RefBase.h>
 #include <zdhost/runtime.h>
+#include <zdhost/schedule.h>
 
 #include <initializer_list>
 #include <string>
@@ -35,8 +36,10 @@ class Recorder {
     // The same, formatting the arguments only when the transcript is kept.
     template <typename FormatArgs>
     bool enter(const char* op, const FormatArgs& formatArgs) {
+        zdhost::schedule::reach(zdhost::schedule::Point::kCall);
         const bool failed = mParty->takeFailure(key(op)) || processDead();
         if (Transcript::kept()) emit(callText(op, formatArgs()), failed);
+        zdhost::schedule::reach(zdhost::schedule::Point::kReply);
         return !failed;
     }
 

@@ -1,6 +1,7 @@
 #include "runtime_watch.h"
 
 #include <zdhost/platform_control.h>
+#include <zdhost/schedule.h>
 
 #include "format.h"
 #include "transcript.h"
@@ -37,8 +38,12 @@ void RuntimeWatch::onDeathDelivered(const android::sp<zdhost::hidl_death_recipie
 }
 
 void installVirtualSleep() {
-    zdhost::platform::setSleepHook(
-        [](useconds_t micros) { Transcript::get().emit("sleep " + std::to_string(micros)); });
+    zdhost::platform::setSleepHook([](useconds_t micros) {
+        Transcript::get().emit("sleep " + std::to_string(micros));
+        if (zdhost::schedule::Controller* controller = zdhost::schedule::current()) {
+            controller->pause(micros);
+        }
+    });
 }
 
 }  // namespace sim

@@ -47,6 +47,9 @@ void post(std::function<void()> work);
 void deliverCall(const std::function<void()>& call);  // runs on the pool, waits for it
 void drain();                                         // waits until nothing is queued or running
 void setThreadCount(unsigned count);  // before first use; default 1 keeps delivery in order
+// Runs `work` on the calling thread as if it were a pool thread: calls it delivers into
+// the library run inline, as a hwbinder thread's would.
+void runAsPoolThread(const std::function<void()>& work);
 }  // namespace pool
 
 class ServiceManager {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -13,10 +14,25 @@
 
 namespace sim {
 
+struct Block;
+
 struct Step {
     Line source;                                  // the command as written
     std::function<bool(std::string* error)> run;  // false + *error: the command failed
     std::vector<Expectation> expectations;
+    std::shared_ptr<const Block> block;  // set for a concurrent block, whose `run` plays it
+};
+
+// Findings of the schedule explorer that a block may declare as expected.
+enum class FindingKind { kCrash, kDeadlock, kStepBound, kHang, kNonSerial };
+const char* findingName(FindingKind kind);
+bool parseFindingKind(const std::string& name, FindingKind* kind);
+
+// `parallel` … `end`: branches that run at the same time, each on its own thread; each
+// branch (opened by `branch`) runs its commands in order.
+struct Block {
+    std::vector<std::vector<Step>> branches;
+    std::vector<FindingKind> expectedFindings;  // `expect-finding KIND` lines after `end`
 };
 
 struct Scenario {
@@ -35,5 +51,12 @@ enum ExitCode { kExitOk = 0, kExitExpectationFailed = 1, kExitBadScenario = 2 };
 // runtime's deliveries finish before the next begins. With check, the expectations are
 // held and the first failure is reported on `report` (as "FILE:LINE: ..."), ending the run.
 int runScenario(const Scenario& scenario, bool check, std::ostream& report);
+
+// Plays a concurrent block in place of its own `run`: `ordinal` counts the scenario's
+// blocks from 0. False and *error end the run as a malformed scenario.
+using BlockPlayer = std::function<bool(const Block& block, size_t ordinal, std::string* error)>;
+// Runs the scenario as above, without holding expectations, with every concurrent block
+// played by `playBlock`.
+int runScenarioWith(const Scenario& scenario, const BlockPlayer& playBlock, std::ostream& report);
 
 }  // namespace sim

@@ -3,6 +3,7 @@
 
 #include <zdhost/runtime.h>
 
+#include "block.h"
 #include "calls.h"
 #include "environment.h"
 #include "log_capture.h"
@@ -76,14 +77,84 @@ void startWorld() {
     zdhost::pool::drain();
 }
 
+// A line while a concurrent block is open: a keyword, or a command of its last branch,
+// which is a library call or a world event.
+bool parseInBlock(const Line& line, BlockReader* reader, std::string* error) {
+    const std::string& head = line.tokens[0].text;
+    if (isBlockKeyword(head) && !line.tokens[0].quoted) return reader->accept(line, nullptr, error);
+    if (isExpectationCommand(head) || head == "expect-finding") {
+        *error = "expectations inside a concurrent block are not held; put them after `end`";
+        return false;
+    }
+    if (head != "call" && !isWorldCommand(head)) {
+        *error = "a concurrent block holds only `call`, `fusd`, `vhal` and `fw` commands";
+        return false;
+    }
+    Step step;
+    return parseCommand(line, &step, error) && reader->accept(line, &step, error);
+}
+
+// The closing steps of a scenario's run; false and *error ends it as malformed.
+bool runStep(const Step& step, const BlockPlayer& playBlock, size_t* blockOrdinal,
+             std::string* error) {
+    if (step.block == nullptr || !playBlock) return step.run(error);
+    return playBlock(*step.block, (*blockOrdinal)++, error);
+}
+
 }  // namespace
+
+const char* findingName(FindingKind kind) {
+    switch (kind) {
+        case FindingKind::kCrash:
+            return "crash";
+        case FindingKind::kDeadlock:
+            return "deadlock";
+        case FindingKind::kStepBound:
+            return "step-bound";
+        case FindingKind::kHang:
+            return "hang";
+        case FindingKind::kNonSerial:
+            return "non-serial";
+    }
+    return "?";
+}
+
+bool parseFindingKind(const std::string& name, FindingKind* kind) {
+    for (FindingKind k : {FindingKind::kCrash, FindingKind::kDeadlock, FindingKind::kStepBound,
+                          FindingKind::kHang, FindingKind::kNonSerial}) {
+        if (name == findingName(k)) {
+            *kind = k;
+            return true;
+        }
+    }
+    return false;
+}
 
 bool parseScenario(const std::vector<Line>& lines, Scenario* out, SourceError* sourceError) {
     out->steps.clear();
+    BlockReader reader;
     for (const Line& line : lines) {
         sourceError->file = line.file;
         sourceError->line = line.number;
         std::string* error = &sourceError->reason;
+        const std::string& head = line.tokens[0].text;
+        if (reader.open() || (head == "parallel" && !line.tokens[0].quoted)) {
+            if (!parseInBlock(line, &reader, error)) return false;
+            Step closed;
+            if (reader.takeClosed(&closed)) out->steps.push_back(std::move(closed));
+            continue;
+        }
+        if ((head == "branch" || head == "end") && !line.tokens[0].quoted) {
+            *error = "`" + head + "` outside a concurrent block";
+            return false;
+        }
+        if (head == "expect-finding" && !line.tokens[0].quoted) {
+            if (!addExpectedFinding(line, out->steps.empty() ? nullptr : &out->steps.back(),
+                                    error)) {
+                return false;
+            }
+            continue;
+        }
         if (isExpectationCommand(line.tokens[0].text) && !line.tokens[0].quoted) {
             Expectation expectation;
             if (out->steps.empty()) {
@@ -98,15 +169,23 @@ bool parseScenario(const std::vector<Line>& lines, Scenario* out, SourceError* s
         if (!parseCommand(line, &step, error)) return false;
         out->steps.push_back(std::move(step));
     }
+    if (reader.open()) {
+        sourceError->file = reader.opening().file;
+        sourceError->line = reader.opening().number;
+        sourceError->reason = "a concurrent block needs an `end`";
+        return false;
+    }
     return true;
 }
 
-int runScenario(const Scenario& scenario, bool check, std::ostream& report) {
+static int play(const Scenario& scenario, bool check, const BlockPlayer& playBlock,
+                std::ostream& report) {
     startWorld();
+    size_t blockOrdinal = 0;
     for (const Step& step : scenario.steps) {
         Transcript::get().takeSegment();
         std::string error;
-        const bool ran = step.run(&error);
+        const bool ran = runStep(step, playBlock, &blockOrdinal, &error);
         zdhost::pool::drain();
         const std::vector<std::string> segment = Transcript::get().takeSegment();
         if (!ran) {
@@ -121,6 +200,14 @@ int runScenario(const Scenario& scenario, bool check, std::ostream& report) {
         }
     }
     return kExitOk;
+}
+
+int runScenario(const Scenario& scenario, bool check, std::ostream& report) {
+    return play(scenario, check, nullptr, report);
+}
+
+int runScenarioWith(const Scenario& scenario, const BlockPlayer& playBlock, std::ostream& report) {
+    return play(scenario, false, playBlock, report);
 }
 
 }  // namespace sim

@@ -2,6 +2,7 @@
 #include "log_capture.h"
 
 #include <android/log.h>
+#include <zdhost/schedule.h>
 
 #include "transcript.h"
 
@@ -25,6 +26,7 @@ void appendEscaped(std::string& out, unsigned char c) {
 }
 
 void captureLine(const struct __android_logger_data* data, const char* message) {
+    zdhost::schedule::reach(zdhost::schedule::Point::kLog);
     Transcript::get().emit(logLine(data->priority, message));
 }
 

@@ -1,6 +1,8 @@
 // The run's transcript.
 #include "transcript.h"
 
+#include <zdhost/schedule.h>
+
 #include <cstdio>
 
 namespace sim {
@@ -21,6 +23,7 @@ void Transcript::emit(const std::string& line) {
     if (!kept()) return;
     std::lock_guard<std::mutex> lock(mLock);
     mSegment.push_back(line);
+    if (mListener) mListener(zdhost::schedule::threadTag(), line);
     if (mEcho) {
         fwrite(line.data(), 1, line.size(), stdout);
         fputc('\n', stdout);
@@ -33,6 +36,11 @@ std::vector<std::string> Transcript::takeSegment() {
     std::vector<std::string> segment;
     segment.swap(mSegment);
     return segment;
+}
+
+void Transcript::setListener(Listener listener) {
+    std::lock_guard<std::mutex> lock(mLock);
+    mListener = std::move(listener);
 }
 
 void Transcript::setEcho(bool echo) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -17,6 +18,10 @@ class Transcript {
     // Starts a new segment (the lines of one command) and returns the previous one.
     std::vector<std::string> takeSegment();
     void setEcho(bool echo);  // print each line to stdout as it is emitted
+    // Also hands every line to `listener` with the emitting thread's tag (the concurrent
+    // branch it belongs to; 0 outside branches), in the order the lines are emitted.
+    using Listener = std::function<void(int tag, const std::string& line)>;
+    void setListener(Listener listener);
     // Whether lines are kept at all (true unless told otherwise). A run that wants only its
     // outcome turns this off: emit() then drops every line, and the fakes format nothing.
     static void setKept(bool kept);
@@ -26,6 +31,7 @@ class Transcript {
     std::mutex mLock;
     std::vector<std::string> mSegment;
     bool mEcho = true;
+    Listener mListener;
     static std::atomic<bool> sKept;
 };
 

@@ -1,0 +1,63 @@
+// Hooks through which a deterministic scheduler takes control of the threads that run
+// the library: every library mutex acquire, every library atomic access, every remote
+// call and reply, every delivery into the library, every log line and every pause
+// reaches the controller installed here. With no controller, or on a thread that it
+// does not control, every hook returns at once and the operation runs as usual.
+#pragma once
+
+#include <unistd.h>
+
+#include <functional>
+
+namespace zdhost {
+namespace schedule {
+
+// Where a controlled thread stands when it reaches a scheduling point.
+enum class Point {
+    kLock,      // about to acquire a library mutex
+    kAtomic,    // about to access a library atomic
+    kCall,      // a remote call leaves for its peer (the service manager included)
+    kReply,     // a remote call's reply comes back
+    kDelivery,  // a call from a peer is about to enter the library
+    kLog,       // the library logs a line
+};
+
+class Controller {
+  public:
+    virtual ~Controller() = default;
+    // The running thread reached a point; another thread may run before it goes on.
+    // `object` is the mutex, the atomic variable or null.
+    virtual void point(Point kind, const void* object) = 0;
+    // Before a library mutex is really locked: returns once the scheduler has handed the
+    // mutex to this thread. Never returns for a thread that waits forever.
+    virtual void acquire(const void* mutex) = 0;
+    // A try-lock: hands over the mutex when it is free, else answers false at once.
+    virtual bool tryAcquire(const void* mutex) = 0;
+    // After a library mutex was really unlocked: the threads waiting for it may run.
+    virtual void release(const void* mutex) = 0;
+    // The library paused: the thread sleeps in virtual time.
+    virtual void pause(useconds_t micros) = 0;
+    // Work the runtime would hand to a thread of its pool: it runs on a new controlled thread.
+    virtual void spawn(std::function<void()> work) = 0;
+};
+
+// Installs the controller (null removes it). Threads opt in with setControlled().
+void install(Controller* controller);
+// Marks the calling thread as one the controller schedules (or no longer does).
+void setControlled(bool controlled);
+// The controller, when one is installed and the calling thread is controlled; else null.
+Controller* current();
+
+// A small tag that follows work from thread to thread: a thread posting to the runtime
+// pool passes its tag to the thread that runs the work. Runners use it to tell which
+// concurrent branch a line of the transcript came from. 0 on a new thread.
+int threadTag();
+void setThreadTag(int tag);
+
+// Shorthand for the places that only report a point.
+inline void reach(Point kind, const void* object = nullptr) {
+    if (Controller* controller = current()) controller->point(kind, object);
+}
+
+}  // namespace schedule
+}  // namespace zdhost

@@ -1,0 +1,36 @@
+// One run of a scenario in a process of its own, forked by the explorer before any thread
+// starts, so that every run begins with a freshly loaded library. The child plays the
+// explored block under the scheduler, the scenario's other blocks in their written order,
+// and streams what happens to the explorer over a pipe, one message a line:
+//   D INDEX CHOSEN FALLBACK CURRENT THREAD/BRANCH/COST/EARLY...   a decision
+//   B, E                        the explored block begins, ends
+//   T TAG LINE                  a transcript line; TAG is its branch, 0 outside branches
+//   F KIND DETAIL               the scheduler stopped the run (deadlock, step-bound, diverged,
+//   error) X                           the run ended cleanly
+// A crash, an abort or a sanitizer report ends the child without its X.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "scenario.h"
+
+namespace explore {
+
+struct RunRequest {
+    enum class Mode { kGuided, kSerial, kPct };
+    Mode mode = Mode::kGuided;
+    size_t block = 0;                  // the explored block, counted from 0
+    std::map<size_t, int> deviations;  // kGuided: the schedule
+    std::vector<int> order;            // kSerial: branches, from 1, in the order they run
+    uint64_t seed = 0;                 // kPct
+    int depth = 3;                     // kPct
+    size_t expectedDecisions = 1;      // kPct
+    size_t stepBound = 20000;
+    unsigned watchdogSeconds = 20;  // a run still going then is a hang
+};
+
+[[noreturn]] void runChild(const sim::Scenario& scenario, const RunRequest& request, int fd);
+
+}  // namespace explore

@@ -1,0 +1,40 @@
+// `zdgnss-sim explore`: every concurrent block of a scenario under the deterministic
+// scheduler. Each block's serial orders are run first and their outcomes kept; then
+// schedules are explored, depth first within a preemption bound or by PCT, each run in a
+// fresh process. A crash, a deadlock, a run past the step bound, a hang, or an outcome
+// that no serial order gives is a finding, printed with its schedule and transcript.
+#pragma once
+
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "scenario.h"
+
+namespace explore {
+
+struct Options {
+    bool check = false;        // exit 1 on a finding the block does not declare
+    bool quiet = false;        // print summaries and findings only
+    int bound = 2;             // preemptions per run in the depth-first search
+    size_t maxRuns = 5000;     // runs per block in the depth-first search
+    size_t stepBound = 20000;  // scheduling points per run
+    size_t pctRuns = 0;        // > 0: PCT runs instead of the depth-first search
+    uint64_t seed = 1;
+    int depth = 3;        // PCT's bug depth
+    bool replay = false;  // one run of `schedule` on block `replayBlock`
+    std::string schedule;
+    size_t replayBlock = 1;  // from 1
+    std::string file;
+};
+
+// Explores every block of the scenario (or replays one schedule) and prints the findings
+// and one summary line per block on `out`. Returns the exit code.
+int explore(const sim::Scenario& scenario, const std::vector<const sim::Step*>& blocks,
+            const Options& options, std::ostream& out);
+
+// The command line: `zdgnss-sim explore [options] FILE.scn`.
+int exploreMain(const std::vector<std::string>& args);
+
+}  // namespace explore

@@ -1,0 +1,112 @@
+#include "policy.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+
+namespace explore {
+
+namespace {
+
+bool offers(const Decision& decision, int thread) {
+    return std::any_of(decision.candidates.begin(), decision.candidates.end(),
+                       [thread](const Candidate& c) { return c.thread == thread; });
+}
+
+}  // namespace
+
+int GuidedPolicy::choose(const Decision& decision) {
+    auto it = mDeviations.find(decision.index);
+    if (it == mDeviations.end()) return decision.fallback;
+    return offers(decision, it->second) ? it->second : 0;
+}
+
+size_t SerialPolicy::rank(int branch) const {
+    auto it = std::find(mOrder.begin(), mOrder.end(), branch);
+    return static_cast<size_t>(it - mOrder.begin());
+}
+
+int SerialPolicy::choose(const Decision& decision) {
+    const Candidate* best = nullptr;
+    for (const Candidate& c : decision.candidates) {
+        if (best == nullptr || rank(c.branch) < rank(best->branch) ||
+            (rank(c.branch) == rank(best->branch) && c.thread == decision.fallback)) {
+            best = &c;
+        }
+    }
+    return best->thread;
+}
+
+PctPolicy::PctPolicy(uint64_t seed, int depth, size_t expectedDecisions)
+    : mRandom(seed), mDepth(depth) {
+    const size_t span = std::max<size_t>(expectedDecisions, 1);
+    for (int i = 1; i < depth; ++i) mChangePoints.push_back(mRandom() % span);
+    std::sort(mChangePoints.begin(), mChangePoints.end());
+}
+
+int64_t PctPolicy::priority(int thread) {
+    auto it = mPriorities.find(thread);
+    if (it != mPriorities.end()) return it->second;
+    const int64_t drawn = mDepth + static_cast<int64_t>(mRandom() % 1000000);
+    mPriorities[thread] = drawn;
+    return drawn;
+}
+
+int PctPolicy::choose(const Decision& decision) {
+    for (size_t i = 0; i < mChangePoints.size(); ++i) {
+        if (mChangePoints[i] == decision.index && decision.current != 0) {
+            mPriorities[decision.current] = static_cast<int64_t>(i);
+        }
+    }
+    // Pauses fire early only when nothing else can run, as without the explorer.
+    const Candidate* best = nullptr;
+    for (const Candidate& c : decision.candidates) {
+        if (c.early) continue;
+        if (best == nullptr || priority(c.thread) > priority(best->thread)) best = &c;
+    }
+    return best != nullptr ? best->thread : decision.fallback;
+}
+
+std::string formatSchedule(const std::map<size_t, int>& deviations) {
+    if (deviations.empty()) return "-";
+    std::string text;
+    for (const auto& [index, thread] : deviations) {
+        if (!text.empty()) text += ',';
+        text += std::to_string(index) + ':' + std::to_string(thread);
+    }
+    return text;
+}
+
+bool parseSchedule(const std::string& text, std::map<size_t, int>* deviations, std::string* error) {
+    deviations->clear();
+    if (text == "-") return true;
+    size_t start = 0;
+    while (start <= text.size()) {
+        size_t end = text.find(',', start);
+        if (end == std::string::npos) end = text.size();
+        const std::string item = text.substr(start, end - start);
+        size_t colon = item.find(':');
+        char* rest = nullptr;
+        unsigned long long index = 0;
+        long thread = 0;
+        bool ok = colon != std::string::npos && colon > 0;
+        if (ok) {
+            index = strtoull(item.c_str(), &rest, 10);
+            ok = rest == item.c_str() + colon;
+        }
+        if (ok) {
+            thread = strtol(item.c_str() + colon + 1, &rest, 10);
+            ok = *rest == '\0' && thread > 0 && colon + 1 < item.size();
+        }
+        if (!ok) {
+            *error =
+                "a schedule is \"-\" or INDEX:THREAD pairs joined by commas, not '" + item + "'";
+            return false;
+        }
+        (*deviations)[index] = static_cast<int>(thread);
+        start = end + 1;
+    }
+    return true;
+}
+
+}  // namespace explore

@@ -1,0 +1,225 @@
+#include "scheduler.h"
+
+#include <dlfcn.h>
+#include <zdhost/runtime.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace explore {
+
+namespace {
+
+thread_local void* tSelf = nullptr;
+
+std::string hex(uintptr_t value) {
+    char text[32];
+    snprintf(text, sizeof(text), "0x%zx", static_cast<size_t>(value));
+    return text;
+}
+
+}  // namespace
+
+std::string objectName(const void* address) {
+    Dl_info info{};
+    if (dladdr(address, &info) == 0 || info.dli_sname == nullptr) {
+        return "object at " + hex(reinterpret_cast<uintptr_t>(address));
+    }
+    const uintptr_t offset =
+        reinterpret_cast<uintptr_t>(address) - reinterpret_cast<uintptr_t>(info.dli_saddr);
+    std::string name = info.dli_sname;
+    return offset == 0 ? name : name + "+" + hex(offset);
+}
+
+Scheduler::Scheduler(Policy& policy, Events events, size_t stepBound)
+    : mPolicy(policy), mEvents(std::move(events)), mStepBound(stepBound) {
+    sem_init(&mDone, 0, 0);
+}
+
+Scheduler::~Scheduler() {
+    for (auto& thread : mThreads) {
+        if (thread->os.joinable()) thread->os.join();
+        sem_destroy(&thread->turn);
+    }
+    sem_destroy(&mDone);
+}
+
+void Scheduler::run(const std::vector<std::function<void()>>& branches) {
+    for (size_t i = 0; i < branches.size(); ++i) start(static_cast<int>(i) + 1, branches[i]);
+    zdhost::schedule::install(this);
+    reschedule(nullptr);
+    sem_wait(&mDone);
+    zdhost::schedule::install(nullptr);
+    for (auto& thread : mThreads) thread->os.join();
+}
+
+Scheduler::Thread* Scheduler::start(int branch, std::function<void()> work) {
+    auto thread = std::make_unique<Thread>();
+    thread->id = static_cast<int>(mThreads.size()) + 1;
+    thread->branch = branch;
+    thread->work = std::move(work);
+    sem_init(&thread->turn, 0, 0);
+    Thread* raw = thread.get();
+    mThreads.push_back(std::move(thread));
+    raw->os = std::thread([this, raw] { body(raw); });
+    return raw;
+}
+
+void Scheduler::body(Thread* self) {
+    sem_wait(&self->turn);
+    tSelf = self;
+    zdhost::schedule::setControlled(true);
+    zdhost::schedule::setThreadTag(self->branch);
+    zdhost::pool::runAsPoolThread(self->work);
+    self->work = nullptr;
+    self->state = State::kFinished;
+    reschedule(self);
+}
+
+void Scheduler::spawn(std::function<void()> work) {
+    Thread* me = static_cast<Thread*>(tSelf);
+    start(me->branch, std::move(work));
+}
+
+void Scheduler::point(zdhost::schedule::Point, const void*) {
+    reschedule(static_cast<Thread*>(tSelf));
+}
+
+void Scheduler::acquire(const void* mutex) {
+    Thread* me = static_cast<Thread*>(tSelf);
+    reschedule(me);
+    while (mOwners.count(mutex) != 0) {
+        me->state = State::kBlocked;
+        me->waitsFor = mutex;
+        reschedule(me);
+    }
+    mOwners[mutex] = me;
+}
+
+bool Scheduler::tryAcquire(const void* mutex) {
+    Thread* me = static_cast<Thread*>(tSelf);
+    reschedule(me);
+    if (mOwners.count(mutex) != 0) return false;
+    mOwners[mutex] = me;
+    return true;
+}
+
+void Scheduler::release(const void* mutex) {
+    mOwners.erase(mutex);
+    for (auto& thread : mThreads) {
+        if (thread->state == State::kBlocked && thread->waitsFor == mutex) {
+            thread->state = State::kEnabled;
+            thread->waitsFor = nullptr;
+        }
+    }
+}
+
+void Scheduler::pause(useconds_t micros) {
+    Thread* me = static_cast<Thread*>(tSelf);
+    me->state = State::kPaused;
+    me->wakeAt = mNow + micros;
+    reschedule(me);
+}
+
+std::vector<Candidate> Scheduler::candidates(const Thread* me) const {
+    const bool meCanGoOn = me != nullptr && me->state == State::kEnabled;
+    std::vector<Candidate> enabled;
+    for (const auto& t : mThreads) {
+        if (t->state != State::kEnabled) continue;
+        enabled.push_back({t->id, t->branch, meCanGoOn && t.get() != me ? 1 : 0, false});
+    }
+    uint64_t earliest = UINT64_MAX;
+    for (const auto& t : mThreads) {
+        if (t->state == State::kPaused) earliest = std::min(earliest, t->wakeAt);
+    }
+    std::vector<Candidate> all = enabled;
+    for (const auto& t : mThreads) {
+        if (t->state != State::kPaused) continue;
+        if (!enabled.empty()) {
+            all.push_back({t->id, t->branch, 1, true});
+        } else if (t->wakeAt == earliest) {
+            all.push_back({t->id, t->branch, 0, false});
+        }
+    }
+    std::sort(all.begin(), all.end(),
+              [](const Candidate& a, const Candidate& b) { return a.thread < b.thread; });
+    return all;
+}
+
+int Scheduler::fallback(const Thread* me, const std::vector<Candidate>& candidates) const {
+    if (me != nullptr && me->state == State::kEnabled) return me->id;
+    for (const Candidate& c : candidates) {
+        if (!c.early) return c.thread;
+    }
+    return candidates.front().thread;
+}
+
+Scheduler::Thread* Scheduler::pick(Thread* me) {
+    std::vector<Candidate> offered = candidates(me);
+    if (offered.empty()) return nullptr;
+    int chosen = offered.front().thread;
+    if (offered.size() > 1) {
+        Decision decision;
+        decision.index = mDecisions++;
+        decision.current = me != nullptr ? me->id : 0;
+        decision.candidates = offered;
+        decision.fallback = fallback(me, offered);
+        chosen = mPolicy.choose(decision);
+        if (chosen == 0) {
+            mEvents.stopped(Stop::kDiverged, "the schedule does not fit this run at decision " +
+                                                 std::to_string(decision.index));
+        }
+        if (mEvents.decided) mEvents.decided(decision, chosen);
+    }
+    Thread* next = mThreads[chosen - 1].get();
+    if (next->state == State::kPaused) {
+        const bool early = offered.size() > 1 &&
+                           std::any_of(offered.begin(), offered.end(), [&](const Candidate& c) {
+                               return c.thread == chosen && c.early;
+                           });
+        if (!early) mNow = std::max(mNow, next->wakeAt);
+        next->state = State::kEnabled;
+    }
+    return next;
+}
+
+void Scheduler::reschedule(Thread* me) {
+    if (++mSteps > mStepBound) {
+        mEvents.stopped(Stop::kStepBound,
+                        "the run passed " + std::to_string(mStepBound) + " scheduling points");
+    }
+    Thread* next = pick(me);
+    if (next == nullptr) {
+        const bool unfinished = std::any_of(mThreads.begin(), mThreads.end(), [](const auto& t) {
+            return t->state != State::kFinished;
+        });
+        if (unfinished) mEvents.stopped(Stop::kDeadlock, waitsDescription());
+        sem_post(&mDone);
+        return;
+    }
+    handOver(me, next);
+}
+
+void Scheduler::handOver(Thread* me, Thread* next) {
+    if (next == me) return;
+    sem_post(&next->turn);
+    if (me != nullptr && me->state != State::kFinished) sem_wait(&me->turn);
+}
+
+std::string Scheduler::waitsDescription() const {
+    std::string text;
+    for (const auto& t : mThreads) {
+        if (t->state != State::kBlocked) continue;
+        auto owner = mOwners.find(t->waitsFor);
+        if (!text.empty()) text += "; ";
+        text += "thread " + std::to_string(t->id) + " (branch " + std::to_string(t->branch) +
+                ") waits for " + objectName(t->waitsFor);
+        if (owner != mOwners.end()) {
+            text += ", held by thread " + std::to_string(owner->second->id) +
+                    (owner->second == t.get() ? " itself" : "");
+        }
+    }
+    return text;
+}
+
+}  // namespace explore

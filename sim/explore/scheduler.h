@@ -1,0 +1,84 @@
+// The explorer's deterministic scheduler: it runs a block's threads one at a time on real
+// OS threads, handing a baton from thread to thread at the scheduling points, and models
+// the library's mutexes and pauses so that a thread waiting for a held mutex, or paused,
+// is not picked while others can run. Virtual time advances only when nothing else can.
+#pragma once
+
+#include <semaphore.h>
+#include <zdhost/schedule.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "policy.h"
+
+namespace explore {
+
+// What ends a run early: a deadlock, a run longer than the step bound, or a schedule that
+// the run does not fit. The scheduler reports it and the run's process ends.
+enum class Stop { kDeadlock, kStepBound, kDiverged };
+
+class Scheduler : public zdhost::schedule::Controller {
+  public:
+    struct Events {
+        std::function<void(const Decision&, int chosen)> decided;      // may be empty
+        std::function<void(Stop, const std::string& detail)> stopped;  // must not return
+    };
+    Scheduler(Policy& policy, Events events, size_t stepBound);
+    ~Scheduler() override;
+
+    // Runs each branch on a controlled thread of its own (threads 1..n, tags 1..n) and
+    // returns once every controlled thread, the ones they start included, has finished.
+    void run(const std::vector<std::function<void()>>& branches);
+    size_t steps() const { return mSteps; }
+
+    void point(zdhost::schedule::Point kind, const void* object) override;
+    void acquire(const void* mutex) override;
+    bool tryAcquire(const void* mutex) override;
+    void release(const void* mutex) override;
+    void pause(useconds_t micros) override;
+    void spawn(std::function<void()> work) override;
+
+  private:
+    enum class State { kEnabled, kBlocked, kPaused, kFinished };
+    struct Thread {
+        int id = 0;
+        int branch = 0;
+        State state = State::kEnabled;
+        const void* waitsFor = nullptr;
+        uint64_t wakeAt = 0;
+        sem_t turn;
+        std::function<void()> work;
+        std::thread os;
+    };
+
+    Thread* start(int branch, std::function<void()> work);
+    void body(Thread* self);
+    // The running thread `me` (null when the run starts) is at a point: picks who runs
+    // next and hands over the baton; returns when `me` runs again.
+    void reschedule(Thread* me);
+    std::vector<Candidate> candidates(const Thread* me) const;
+    int fallback(const Thread* me, const std::vector<Candidate>& candidates) const;
+    Thread* pick(Thread* me);
+    void handOver(Thread* me, Thread* next);
+    std::string waitsDescription() const;
+
+    Policy& mPolicy;
+    Events mEvents;
+    size_t mStepBound;
+    std::vector<std::unique_ptr<Thread>> mThreads;
+    std::map<const void*, Thread*> mOwners;
+    uint64_t mNow = 0;
+    size_t mSteps = 0;
+    size_t mDecisions = 0;
+    sem_t mDone;
+};
+
+// A name for a mutex or atomic of the library: its symbol, with an offset inside it.
+std::string objectName(const void* address);
+
+}  // namespace explore

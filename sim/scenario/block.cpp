@@ -1,0 +1,125 @@
+#include "block.h"
+
+#include <zdhost/runtime.h>
+#include <zdhost/schedule.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "transcript.h"
+
+namespace sim {
+
+bool isBlockKeyword(const std::string& head) {
+    return head == "parallel" || head == "branch" || head == "end";
+}
+
+bool BlockReader::accept(const Line& line, const Step* command, std::string* error) {
+    const std::string& head = line.tokens[0].text;
+    if (command != nullptr) {
+        if (mBlock->branches.empty()) {
+            *error = "a command of a concurrent block needs a `branch` line before it";
+            return false;
+        }
+        mBlock->branches.back().push_back(*command);
+        return true;
+    }
+    if (line.tokens.size() != 1) {
+        *error = "`" + head + "` takes no arguments";
+        return false;
+    }
+    if (head == "parallel") {
+        if (open()) {
+            *error = "concurrent blocks do not nest";
+            return false;
+        }
+        mBlock = std::make_shared<Block>();
+        mOpening = line;
+        return true;
+    }
+    if (head == "branch") {
+        mBlock->branches.emplace_back();
+        return true;
+    }
+    for (const auto& branch : mBlock->branches) {
+        if (branch.empty()) {
+            *error = "every branch of a concurrent block needs a command";
+            return false;
+        }
+    }
+    if (mBlock->branches.size() < 2) {
+        *error = "a concurrent block needs at least two branches";
+        return false;
+    }
+    mStep = Step();
+    mStep.source = mOpening;
+    mStep.block = mBlock;
+    std::shared_ptr<const Block> block = mBlock;
+    mStep.run = [block](std::string*) {
+        runBlockConcurrently(*block);
+        return true;
+    };
+    mBlock = nullptr;
+    mClosed = true;
+    return true;
+}
+
+bool BlockReader::takeClosed(Step* step) {
+    if (!mClosed) return false;
+    mClosed = false;
+    *step = std::move(mStep);
+    return true;
+}
+
+bool addExpectedFinding(const Line& line, Step* blockStep, std::string* error) {
+    FindingKind kind;
+    if (blockStep == nullptr || blockStep->block == nullptr) {
+        *error = "expect-finding belongs right after a concurrent block's `end`";
+        return false;
+    }
+    if (line.tokens.size() != 2 || !parseFindingKind(line.tokens[1].text, &kind)) {
+        *error = "usage: expect-finding crash|deadlock|step-bound|hang|non-serial";
+        return false;
+    }
+    auto block = std::make_shared<Block>(*blockStep->block);
+    block->expectedFindings.push_back(kind);
+    blockStep->block = block;
+    return true;
+}
+
+void runBranch(const std::vector<Step>& steps) {
+    for (const Step& step : steps) {
+        std::string error;
+        if (step.run(&error)) continue;
+        const std::string& text = step.source.text;
+        const size_t start = text.find_first_not_of(" \t");
+        Transcript::get().emit("refused " + text.substr(start == std::string::npos ? 0 : start) +
+                               ": " + error);
+    }
+}
+
+void runBlockConcurrently(const Block& block) {
+    std::mutex lock;
+    std::condition_variable go;
+    bool started = false;
+    std::vector<std::thread> threads;
+    for (size_t i = 0; i < block.branches.size(); ++i) {
+        threads.emplace_back([&, i] {
+            {
+                std::unique_lock<std::mutex> guard(lock);
+                go.wait(guard, [&] { return started; });
+            }
+            zdhost::schedule::setThreadTag(branchTag(i));
+            zdhost::pool::runAsPoolThread([&] { runBranch(block.branches[i]); });
+        });
+    }
+    {
+        std::lock_guard<std::mutex> guard(lock);
+        started = true;
+    }
+    go.notify_all();
+    for (auto& thread : threads) thread.join();
+}
+
+}  // namespace sim
