@@ -25,6 +25,7 @@ constexpr const char* kUsage =
     "  --step-bound N    scheduling points per run before it is a finding (default 20000)\n"
     "  --schedule S      one run of schedule S (as a finding prints it) on --block K\n"
     "  --block K         the block --schedule runs on, from 1 (default 1)\n"
+    "  --each-run        print every run's schedule as it ends\n"
     "  --quiet           with --schedule, leave out the transcript of a run without finding\n";
 
 bool number(const std::string& text, uint64_t* value) {
@@ -43,6 +44,8 @@ bool parse(const std::vector<std::string>& args, Options* options) {
             options->check = true;
         } else if (arg == "--quiet") {
             options->quiet = true;
+        } else if (arg == "--each-run") {
+            options->eachRun = true;
         } else if (arg == "--schedule" && hasValue) {
             options->replay = true;
             options->schedule = args[++i];

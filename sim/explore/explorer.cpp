@@ -78,6 +78,8 @@ class BlockExplorer {
     bool judge(const RunRequest& request, const RunResult& result, FindingKind* kind,
                std::string* key) const;
     void report(const Finding& finding, const RunResult& result, const std::string& detail);
+    // Replays a finding's schedule once more: a finding must come back the same.
+    void confirm(const Finding& finding);
     std::string where() const;
     int verdict() const;
     void summary(double seconds) const;
@@ -148,6 +150,7 @@ bool BlockExplorer::judge(const RunRequest& request, const RunResult& result, Fi
 bool BlockExplorer::runAndJudge(const RunRequest& request, RunResult* result) {
     *result = mLauncher.run(request);
     ++mRuns;
+    if (mOptions.eachRun) mOut << "run " << mRuns << ": schedule " << result->schedule() << "\n";
     mMostDecisions = std::max(mMostDecisions, result->decisions.size());
     if (result->stopKind == "diverged" || result->stopKind == "error") {
         mOut << where() << ": error in run " << mRuns << " (schedule " << result->schedule()
@@ -167,7 +170,23 @@ bool BlockExplorer::runAndJudge(const RunRequest& request, RunResult* result) {
     Finding finding{kind, key, mRuns, result->schedule(), 1};
     mFindings.push_back(finding);
     report(finding, *result, kind == FindingKind::kCrash ? key : result->stopDetail);
+    confirm(finding);
     return true;
+}
+
+void BlockExplorer::confirm(const Finding& finding) {
+    RunRequest again = request(RunRequest::Mode::kGuided);
+    std::string error;
+    parseSchedule(finding.schedule, &again.deviations, &error);
+    const RunResult result = mLauncher.run(again);
+    FindingKind kind;
+    std::string key;
+    if (judge(again, result, &kind, &key) && kind == finding.kind && key == finding.key) {
+        mOut << "  replayed with --schedule " << finding.schedule << ": the same finding\n";
+    } else {
+        mOut << "  replayed with --schedule " << finding.schedule
+             << ": NOT the same; the run is not deterministic\n";
+    }
 }
 
 void BlockExplorer::report(const Finding& finding, const RunResult& result,

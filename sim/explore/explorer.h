@@ -17,6 +17,7 @@ namespace explore {
 struct Options {
     bool check = false;        // exit 1 on a finding the block does not declare
     bool quiet = false;        // print summaries and findings only
+    bool eachRun = false;      // also print every run's schedule
     int bound = 2;             // preemptions per run in the depth-first search
     size_t maxRuns = 5000;     // runs per block in the depth-first search
     size_t stepBound = 20000;  // scheduling points per run

@@ -1,0 +1,74 @@
+#!/usr/bin/env bash
+# Injects each concurrency fault of tests/explore/faults/ into the library, one at a time,
+# and runs the explore scenarios against it in the asan-ubsan build. A fault is found when
+# some scenario reports a finding that the unchanged library does not give. With --tsan it
+# also runs, for each fault, the same scenarios on real threads and the chaos test in the
+# tsan build, to show which faults those catch. Not part of the test command: each fault
+# rebuilds the library. Run it after changing the explorer or the library's locking.
+# Usage: scripts/explore-faults.sh [--tsan] [FAULT.patch...]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+tsan=false
+if [[ "${1:-}" == "--tsan" ]]; then tsan=true; shift; fi
+patches=("$@")
+((${#patches[@]})) || patches=(tests/explore/faults/*.patch)
+
+if ! git diff --quiet -- provider hal; then
+  echo "explore-faults: provider/ or hal/ has uncommitted changes" >&2
+  exit 2
+fi
+trap 'git checkout -- provider hal' EXIT
+sim=build/asan-ubsan/sim/zdgnss-sim
+cmake --preset asan-ubsan >/dev/null
+presets=(asan-ubsan)
+if $tsan; then cmake --preset tsan >/dev/null; presets+=(tsan); fi
+
+build() {
+  cmake --build --preset asan-ubsan -j2 --target zdgnss-sim >/dev/null
+  if $tsan; then cmake --build --preset tsan -j2 --target zdgnss-sim chaos_test >/dev/null; fi
+}
+
+# The finding lines of every explore scenario, one "SCENARIO: LINE" each.
+findings() {
+  for scenario in tests/explore/*.scn; do
+    "$sim" explore "$scenario" 2>&1 | grep ': finding: ' | sed "s|^|$(basename "$scenario"): |" || true
+  done
+}
+
+# What the tsan build's real-thread runs say about the fault.
+tsan_verdict() {
+  local races=0 chaos=pass
+  for scenario in tests/explore/*.scn; do
+    for _ in 1 2 3; do
+      if ! TSAN_OPTIONS="halt_on_error=1 suppressions=$PWD/host/tsan.supp" \
+          build/tsan/sim/zdgnss-sim --quiet --check "$scenario" >/dev/null 2>&1; then
+        races=$((races + 1))
+        break
+      fi
+    done
+  done
+  TSAN_OPTIONS="halt_on_error=1 suppressions=$PWD/host/tsan.supp" \
+    build/tsan/tests/library/chaos_test >/dev/null 2>&1 || chaos=fail
+  echo "tsan real-thread scenarios failing: ${races}; chaos test under tsan: ${chaos}"
+}
+
+build
+baseline=$(findings)
+status=0
+for patch in "${patches[@]}"; do
+  git apply "$patch"
+  build
+  new=$(comm -13 <(echo "$baseline" | sort) <(findings | sort) | head -n 1)
+  echo "== $(basename "$patch" .patch)"
+  if [[ -n "$new" ]]; then
+    echo "   found: $new"
+  else
+    echo "   NOT FOUND"
+    status=1
+  fi
+  if $tsan; then echo "   $(tsan_verdict)"; fi
+  git checkout -- provider hal
+done
+build
+exit "$status"
