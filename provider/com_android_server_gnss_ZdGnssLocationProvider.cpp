@@ -28,7 +28,9 @@ static GuardedHandle<gnss_v1_0::IGnssBatching> g_gnssBatchingIface;
 GuardedHandle<gnss_v2_0::IGnssCallback> g_gnssCbIface;
 GuardedHandle<gnss_v1_0::IGnssGeofenceCallback> g_gnssGeofenceCbIface;
 GuardedHandle<FdCorvaneCallback_> fdCorvaneCb;
-SatelliteStore g_svStore;
+std::mutex g_svStoreLock;
+gnss_v1_0::IGnssCallback::GnssSvStatus g_svStatus{};
+std::vector<gnss_v2_0::IGnssCallback::GnssSvInfo> g_svInfoList;
 static GuardedHandle<FusdDeathRecipient> g_fusdDeathRecipient;
 
 pthread_mutex_t fusdMutex = PTHREAD_MUTEX_INITIALIZER;

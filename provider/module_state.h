@@ -76,14 +76,11 @@ extern int64_t lastFusdLocUpdateTime GUARDED_BY(g_feedTimingLock);
 extern int32_t fusdGnssMinReportingInterval GUARDED_BY(g_feedTimingLock);
 extern bool tarviParamReset GUARDED_BY(g_feedTimingLock);
 
-// The last satellite report of each HAL version, as the feed stored it and the
-// list augmentation extends it.
-struct SatelliteStore {
-    std::mutex lock;
-    gnss_v1_0::IGnssCallback::GnssSvStatus status GUARDED_BY(lock){};
-    std::vector<gnss_v2_0::IGnssCallback::GnssSvInfo> list GUARDED_BY(lock);
-};
-extern SatelliteStore g_svStore;
+// The satellite store: the last satellite report of each HAL version, as the
+// feed stored it and the list augmentation extends it. One lock guards both.
+extern std::mutex g_svStoreLock;
+extern gnss_v1_0::IGnssCallback::GnssSvStatus g_svStatus GUARDED_BY(g_svStoreLock);
+extern std::vector<gnss_v2_0::IGnssCallback::GnssSvInfo> g_svInfoList GUARDED_BY(g_svStoreLock);
 
 // Location-source and augmentation flags.
 extern std::atomic<bool> fdLocationFlag;

@@ -89,10 +89,10 @@ void sendSvInfo(const gnss_v1_0::IGnssCallback::GnssSvStatus& status) {
     uint32_t numSvs = status.numSvs;
     uint32_t stored;
     {
-        std::lock_guard<std::mutex> lock(g_svStore.lock);
-        memset_s(&g_svStore.status, sizeof(g_svStore.status), 0, sizeof(g_svStore.status));
-        memcpy_s(&g_svStore.status, sizeof(g_svStore.status), &status, sizeof(status));
-        stored = g_svStore.status.numSvs;
+        std::lock_guard<std::mutex> lock(g_svStoreLock);
+        memset_s(&g_svStatus, sizeof(g_svStatus), 0, sizeof(g_svStatus));
+        memcpy_s(&g_svStatus, sizeof(g_svStatus), &status, sizeof(status));
+        stored = g_svStatus.numSvs;
     }
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: callback 1.0 sv number is %d .", kLogPrefix,
                         static_cast<int>(stored));
@@ -103,8 +103,8 @@ void sendSvInfo(const gnss_v1_0::IGnssCallback::GnssSvStatus& status) {
 
 void sendSvInfo(const hidl_vec<gnss_v2_0::IGnssCallback::GnssSvInfo>& svInfoList) {
     {
-        std::lock_guard<std::mutex> lock(g_svStore.lock);
-        g_svStore.list.assign(svInfoList.begin(), svInfoList.end());
+        std::lock_guard<std::mutex> lock(g_svStoreLock);
+        g_svInfoList.assign(svInfoList.begin(), svInfoList.end());
     }
     unsigned int tracked = countTracked(svInfoList);
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: callback 2.0 send_svInfor is called .",

@@ -124,8 +124,8 @@ bool increases(uint32_t usedGps) {
 // Counts, pads and copies the 1.0 store for its report in one hold of the lock;
 // the framework is called on the copy, after the lock is dropped.
 Augmentation augmentStore1(SvStatus1& report) {
-    std::lock_guard<std::mutex> lock(g_svStore.lock);
-    SvStatus1& stored = g_svStore.status;
+    std::lock_guard<std::mutex> lock(g_svStoreLock);
+    SvStatus1& stored = g_svStatus;
     // A numSvs above the record's 64 entries is taken as a full record.
     size_t n = stored.numSvs < kSvCapacity ? stored.numSvs : kSvCapacity;
     Augmentation result{usedGpsCount(stored, n), svIncreaseFlag};
@@ -139,8 +139,8 @@ Augmentation augmentStore1(SvStatus1& report) {
 
 // The same for the 2.0 store.
 Augmentation augmentStore2(hidl_vec<SvInfo2>& report) {
-    std::lock_guard<std::mutex> lock(g_svStore.lock);
-    std::vector<SvInfo2>& stored = g_svStore.list;
+    std::lock_guard<std::mutex> lock(g_svStoreLock);
+    std::vector<SvInfo2>& stored = g_svInfoList;
     Augmentation result{usedGpsCount(stored), svIncreaseFlag};
     result.full = stored.size() >= kList2Bound;
     if (increases(result.usedGps)) {

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Compiles every source of provider/ and hal/ as a device build does, against
-# the real libhidl headers of each supported Android release and headers that
+# the real libhidl headers of every Android release found under
+# PLATFORM_DIR/libhidl (each folder android-N), and headers that
 # hidl-gen generates from the real standard .hal files; then checks that the
 # host runtime and the host copies of the standard interfaces offer no more
 # than those releases do.
@@ -11,12 +12,19 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 platform=${1:-${ZD_PLATFORM_DIR:-../shared/platform}}
-releases=(android-10 android-11 android-12 android-13)
 if [ ! -d "${platform}/libhidl" ]; then
   echo "platform check: SKIPPED, no platform headers at ${platform} (give the folder as argument or ZD_PLATFORM_DIR)"
   exit 0
 fi
 platform=$(realpath "${platform}")
+# Every release whose headers are there, oldest first: a release added to the
+# platform folder is checked without a change here.
+mapfile -t releases < <(find -L "${platform}/libhidl" -mindepth 1 -maxdepth 1 -type d \
+  -name 'android-*' -printf '%f\n' | sort -V)
+if ((${#releases[@]} == 0)); then
+  echo "platform check: FAILED, no libhidl/android-N folder under ${platform}"
+  exit 1
+fi
 out=$PWD/build/platform
 rm -rf "${out}"
 mkdir -p "${out}/gen" "${out}/standins/sys" "${out}/logs"
