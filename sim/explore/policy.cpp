@@ -1,6 +1,7 @@
 #include "policy.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <string>
 
@@ -89,7 +90,9 @@ bool parseSchedule(const std::string& text, std::map<size_t, int>* deviations, s
         char* rest = nullptr;
         unsigned long long index = 0;
         long thread = 0;
-        bool ok = colon != std::string::npos && colon > 0;
+        bool ok = colon != std::string::npos && colon > 0 &&
+                  isdigit(static_cast<unsigned char>(item[0])) && colon + 1 < item.size() &&
+                  isdigit(static_cast<unsigned char>(item[colon + 1]));
         if (ok) {
             index = strtoull(item.c_str(), &rest, 10);
             ok = rest == item.c_str() + colon;
