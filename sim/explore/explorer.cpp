@@ -273,13 +273,18 @@ int BlockExplorer::verdict() const {
     int code = 0;
     const auto& expected = mStep.block->expectedFindings;
     for (const Finding& f : mFindings) {
-        if (std::find(expected.begin(), expected.end(), f.kind) == expected.end()) code = 1;
+        if (std::none_of(expected.begin(), expected.end(),
+                         [&](const sim::ExpectedFinding& e) { return e.kind == f.kind; })) {
+            code = 1;
+        }
     }
-    for (FindingKind kind : expected) {
-        const bool found = std::any_of(mFindings.begin(), mFindings.end(),
-                                       [kind](const Finding& f) { return f.kind == kind; });
-        if (!found) {
-            mOut << where() << ": declared finding " << sim::findingName(kind) << " not found\n";
+    for (const sim::ExpectedFinding& e : expected) {
+        const auto found = std::count_if(mFindings.begin(), mFindings.end(),
+                                         [&](const Finding& f) { return f.kind == e.kind; });
+        if (found == 0 || (e.count >= 0 && found != e.count)) {
+            mOut << where() << ": declared " << (e.count >= 0 ? std::to_string(e.count) + " " : "")
+                 << sim::findingName(e.kind) << " finding" << (e.count == 1 ? "" : "s")
+                 << ", found " << found << "\n";
             code = 1;
         }
     }

@@ -73,17 +73,30 @@ bool BlockReader::takeClosed(Step* step) {
 }
 
 bool addExpectedFinding(const Line& line, Step* blockStep, std::string* error) {
-    FindingKind kind;
+    ExpectedFinding expected;
     if (blockStep == nullptr || blockStep->block == nullptr) {
         *error = "expect-finding belongs right after a concurrent block's `end`";
         return false;
     }
-    if (line.tokens.size() != 2 || !parseFindingKind(line.tokens[1].text, &kind)) {
-        *error = "usage: expect-finding crash|deadlock|step-bound|hang|non-serial";
+    const size_t n = line.tokens.size();
+    int64_t count = 0;
+    std::string ignored;
+    if ((n != 2 && n != 3) || !parseFindingKind(line.tokens[1].text, &expected.kind) ||
+        (n == 3 &&
+         (!parseInt64(line.tokens[2], &count, &ignored) || count < 1 || count > 100000))) {
+        *error = "usage: expect-finding crash|deadlock|step-bound|hang|non-serial [COUNT]";
         return false;
     }
+    if (n == 3) expected.count = static_cast<int>(count);
     auto block = std::make_shared<Block>(*blockStep->block);
-    block->expectedFindings.push_back(kind);
+    for (const ExpectedFinding& known : block->expectedFindings) {
+        if (known.kind == expected.kind) {
+            *error = std::string("expect-finding ") + findingName(expected.kind) +
+                     " is declared already";
+            return false;
+        }
+    }
+    block->expectedFindings.push_back(expected);
     blockStep->block = block;
     return true;
 }

@@ -28,11 +28,18 @@ enum class FindingKind { kCrash, kDeadlock, kStepBound, kHang, kNonSerial };
 const char* findingName(FindingKind kind);
 bool parseFindingKind(const std::string& name, FindingKind* kind);
 
+// `expect-finding KIND [COUNT]`: the explorer must report KIND for the block, and with
+// COUNT, exactly that many distinct findings of it (a further one is a regression).
+struct ExpectedFinding {
+    FindingKind kind = FindingKind::kNonSerial;
+    int count = -1;  // -1: any number from 1
+};
+
 // `parallel` … `end`: branches that run at the same time, each on its own thread; each
 // branch (opened by `branch`) runs its commands in order.
 struct Block {
     std::vector<std::vector<Step>> branches;
-    std::vector<FindingKind> expectedFindings;  // `expect-finding KIND` lines after `end`
+    std::vector<ExpectedFinding> expectedFindings;  // `expect-finding` lines after `end`
 };
 
 struct Scenario {

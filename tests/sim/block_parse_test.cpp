@@ -34,7 +34,7 @@ TEST(BlockParseTest, BranchesKeepTheirCommandsInOrderAndTheDeclaredFindings) {
         "branch\n"
         "fusd reportFusdLocation loc{timestamp=1}\n"
         "end\n"
-        "expect-finding non-serial\n"
+        "expect-finding non-serial 3\n"
         "expect-finding deadlock\n"
         "call isFdLocationReport\n");
     ASSERT_TRUE(p.ok) << p.error.line << ": " << p.error.reason;
@@ -44,8 +44,11 @@ TEST(BlockParseTest, BranchesKeepTheirCommandsInOrderAndTheDeclaredFindings) {
     ASSERT_EQ(block->branches.size(), 2u);
     EXPECT_EQ(block->branches[0][1].source.text, "fusd kill");
     EXPECT_EQ(block->branches[1].size(), 1u);
-    EXPECT_EQ(block->expectedFindings,
-              (std::vector<FindingKind>{FindingKind::kNonSerial, FindingKind::kDeadlock}));
+    ASSERT_EQ(block->expectedFindings.size(), 2u);
+    EXPECT_EQ(block->expectedFindings[0].kind, FindingKind::kNonSerial);
+    EXPECT_EQ(block->expectedFindings[0].count, 3);
+    EXPECT_EQ(block->expectedFindings[1].kind, FindingKind::kDeadlock);
+    EXPECT_EQ(block->expectedFindings[1].count, -1);
     EXPECT_EQ(p.scenario.steps[1].source.number, 2);
 }
 
@@ -67,6 +70,8 @@ TEST(BlockParseTest, MalformedBlocksStopAtTheirLine) {
         {"end\n", 1},
         {"call isFDSupport\nexpect-finding crash\n", 2},  // not after a block
         {"parallel\n" + two + "end\nexpect-finding flaky\n", 7},
+        {"parallel\n" + two + "end\nexpect-finding crash 0\n", 7},
+        {"parallel\n" + two + "end\nexpect-finding crash\nexpect-finding crash 2\n", 8},
     };
     for (const auto& c : cases) {
         Parsed p = parse(c.text);
