@@ -135,8 +135,8 @@ void PhoneLogReader::fixRow(const std::vector<std::string_view>& fields) {
     add(std::move(event), kFixStream, true, 1);
 }
 
-// A report is a run of rows with SignalIndex rising under one SignalCount and time; a row
-// that does not continue the run begins the next report.
+// A report is a run of rows with SignalIndex rising under one SignalCount and time. It ends
+// with its last index; a row that does not continue the run begins the next report.
 void PhoneLogReader::statusRow(const std::vector<std::string_view>& fields) {
     const Columns* columns = declared("Status");
     const RowResult<SignalRow> row =
@@ -151,6 +151,7 @@ void PhoneLogReader::statusRow(const std::vector<std::string_view>& fields) {
     }
     mReport->lastIndex = signal.index;
     mReport->signals.push_back(signal.signal);
+    if (signal.index == signal.count - 1) endReport();
 }
 
 void PhoneLogReader::endReport() {
@@ -177,8 +178,13 @@ void PhoneLogReader::nmeaRow(std::string_view line, Stream stream) {
 }
 
 void PhoneLogReader::add(PhoneEvent event, Stream stream, bool timed, int rows) {
+    // A time that leaps a day ahead is a broken one; taken in, it would put every later row
+    // of the stream out of order.
     if (timed) {
         if (event.atMs < mLastTime[stream]) return skip(phone_skip::kOutOfOrder, rows);
+        if (mLastTime[stream] > 0 && event.atMs - mLastTime[stream] > kLongestLogMs) {
+            return skip(phone_skip::kTooLate, rows);
+        }
         mLastTime[stream] = event.atMs;
     }
     mRead.push_back(ReadEvent{std::move(event), timed, rows});

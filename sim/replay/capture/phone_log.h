@@ -25,7 +25,7 @@ constexpr const char* kCutOff = "rows cut off";            // fewer fields than 
 constexpr const char* kUnreadable = "unreadable fields";
 constexpr const char* kMissing = "missing time or position";
 constexpr const char* kOutOfOrder = "out of time order";
-constexpr const char* kTooLate = "more than a day after the start";
+constexpr const char* kTooLate = "more than a day after the rows before";
 }  // namespace phone_skip
 
 struct PhoneEvent {
