@@ -121,15 +121,22 @@ TEST(PhoneLog, StatusRunsBecomeReportsWithEverySignalAndItsFlags) {
             "Status,1699400582000,3,2,6,13,,,,,0,0,0,\n"
             "Status,1699400582000,2,0,3,7,1602000000,30,10,20,0,1,1,28\n"
             // A report cut short: its first row is missing.
-            "Status,1699400583000,4,1,1,9,1575420000,33,40,50,1,1,1,31\n",
+            "Status,1699400583000,4,1,1,9,1575420000,33,40,50,1,1,1,31\n"
+            // The same index again: a report of one row, then a whole one of the same time.
+            "Status,1699400584000,2,0,1,9,1575420000,33,40,50,1,1,1,31\n"
+            "Status,1699400584000,2,0,1,9,1575420000,33,40,50,1,1,1,31\n"
+            "Status,1699400584000,2,1,1,7,1575420000,33,40,50,1,1,1,31\n",
         "");
     const auto reports = eventsOf(log, PhoneEvent::Kind::kSatellites);
-    ASSERT_EQ(reports.size(), 3u);
+    ASSERT_EQ(reports.size(), 5u);
     EXPECT_EQ(reports[0]->signals.size(), 3u);
     EXPECT_EQ(reports[1]->signals.size(), 1u);
     EXPECT_FALSE(reports[1]->complete);
     EXPECT_FALSE(reports[2]->complete);
-    EXPECT_EQ(log.counts.incompleteReports, 2);
+    EXPECT_EQ(reports[3]->signals.size(), 1u);
+    EXPECT_EQ(reports[4]->signals.size(), 2u);
+    EXPECT_TRUE(reports[4]->complete);
+    EXPECT_EQ(log.counts.incompleteReports, 3);
 
     const auto list = replay::toSvInfoListV2(reports[0]->signals);
     ASSERT_EQ(list.size(), 3u);
