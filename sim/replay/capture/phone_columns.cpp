@@ -1,6 +1,7 @@
 #include "phone_columns.h"
 
 #include <cctype>
+#include <cstdint>
 
 namespace replay {
 namespace {
@@ -38,14 +39,15 @@ size_t findIgnoringCase(std::string_view text, std::string_view word) {
     return std::string_view::npos;
 }
 
-// Major, minor and patch of the number after "version:"; 0 for what is not there.
-int versionNumber(std::string_view versionLine) {
+// Major, minor and patch of the number after "version:" as one number (2.0.4 is 2000004);
+// 0 for what is not there.
+int64_t versionNumber(std::string_view versionLine) {
     size_t at = findIgnoringCase(versionLine, "version:");
     if (at == std::string_view::npos) return 0;
     std::string_view rest = trimmed(versionLine.substr(at + 8));
     if (!rest.empty() && (rest[0] == 'v' || rest[0] == 'V')) rest.remove_prefix(1);
-    int parts[3] = {0, 0, 0};
-    for (int& part : parts) {
+    int64_t parts[3] = {0, 0, 0};
+    for (int64_t& part : parts) {
         size_t digits = 0;
         while (digits < rest.size() && digits < 4 &&
                std::isdigit(static_cast<unsigned char>(rest[digits]))) {
@@ -105,7 +107,7 @@ bool isVersionLine(std::string_view line) {
 // GPSTest and GnssLogger before 2.0.4 write the first set; 2.0.4 renames the columns and
 // adds bearing and the speed and bearing accuracies; 3.0 adds the rest.
 Columns documentedFixColumns(std::string_view versionLine) {
-    const int version = versionNumber(versionLine);
+    const int64_t version = versionNumber(versionLine);
     if (findIgnoringCase(versionLine, "GPSTest") != std::string_view::npos || version < 2000004) {
         return columnsOf({"Fix", "Provider", "Latitude", "Longitude", "Altitude", "Speed",
                           "Accuracy", "(UTC)TimeInMs"});

@@ -43,13 +43,10 @@ void forEachLine(std::string_view text, Each each) {
 
 class PhoneLogReader {
   public:
-    void readLog(std::string_view text) {
-        forEachLine(text, [this](std::string_view line) { readLine(line, kLogNmeaStream); });
+    // The log, then its .nmea file: NMEA rows of the two are separate streams.
+    void read(std::string_view text, Stream nmeaStream) {
+        forEachLine(text, [&](std::string_view line) { readLine(line, nmeaStream); });
         endReport();
-    }
-
-    void readNmeaFile(std::string_view text) {
-        forEachLine(text, [this](std::string_view line) { readLine(line, kFileNmeaStream); });
     }
 
     PhoneLog finish();
@@ -246,8 +243,8 @@ bool looksLikePhoneLog(const std::string& text) {
 
 PhoneLog parsePhoneLog(const std::string& text, const std::string& nmeaText) {
     PhoneLogReader reader;
-    reader.readLog(text);
-    reader.readNmeaFile(nmeaText);
+    reader.read(text, kLogNmeaStream);
+    reader.read(nmeaText, kFileNmeaStream);
     return reader.finish();
 }
 
