@@ -1,7 +1,6 @@
 #include "phone_rows.h"
 
 #include <cctype>
-#include <charconv>
 #include <cmath>
 
 #include "nmea_fields.h"
@@ -22,16 +21,8 @@ std::string_view fieldAt(const std::vector<std::string_view>& fields, int index)
                                                                     : std::string_view();
 }
 
-std::optional<int64_t> readWhole(std::string_view field) {
-    int64_t value = 0;
-    const char* end = field.data() + field.size();
-    auto [stop, error] = std::from_chars(field.data(), end, value);
-    if (field.empty() || error != std::errc() || stop != end) return std::nullopt;
-    return value;
-}
-
 std::optional<int64_t> readLogTime(std::string_view field) {
-    std::optional<int64_t> ms = readWhole(field);
+    std::optional<int64_t> ms = readWholeNumber(field);
     if (!ms || *ms < kEarliestLogMs || *ms > kLatestLogMs) return std::nullopt;
     return ms;
 }
@@ -149,7 +140,7 @@ class FixReader {
         const int index = mColumns.find({"elapsedRealtimeNanos"});
         if (index < 0) return true;
         const std::string_view text = fieldAt(mFields, index);
-        std::optional<int64_t> nanos = readWhole(text);
+        std::optional<int64_t> nanos = readWholeNumber(text);
         if (!text.empty() && !nanos) return skip(phone_skip::kUnreadable);
         if (!nanos || *nanos <= 0) {
             ++*fieldsLeftOut;
@@ -232,9 +223,9 @@ RowResult<SignalRow> readStatusRow(const std::vector<std::string_view>& fields,
         row.timeMs = readLogTime(time);
         if (!row.timeMs) return unreadable;
     }
-    if (!readSignalIdentity(readWhole(field("SignalCount")), readWhole(field("SignalIndex")),
-                            readWhole(field("ConstellationType")), readWhole(field("Svid")),
-                            &row)) {
+    if (!readSignalIdentity(
+            readWholeNumber(field("SignalCount")), readWholeNumber(field("SignalIndex")),
+            readWholeNumber(field("ConstellationType")), readWholeNumber(field("Svid")), &row)) {
         return unreadable;
     }
     SatelliteView& signal = row.signal;
