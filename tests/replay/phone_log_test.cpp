@@ -226,7 +226,7 @@ TEST(PhoneLog, FormatIsToldByTheHeader) {
               CaptureFormat::kPhoneLog);
     EXPECT_EQ(replay::detectFormat("NMEA,$GPRMC,A*00,1699400581200\n"), CaptureFormat::kPhoneLog);
     EXPECT_EQ(replay::detectFormat("\r\n$GPRMC,,V*00\r\n"), CaptureFormat::kNmea);
-    EXPECT_EQ(replay::detectFormat("# a comment\n$GPGGA,1*00\n"), CaptureFormat::kNmea);
+    EXPECT_EQ(replay::detectFormat("# Firmware version: 1.2\n$GPGGA,1*00\n"), CaptureFormat::kNmea);
     EXPECT_EQ(replay::detectFormat("time,lat,lon\n1,2,3\n"), CaptureFormat::kNeither);
     EXPECT_EQ(replay::detectFormat(""), CaptureFormat::kNeither);
 }

@@ -223,22 +223,27 @@ PhoneLog PhoneLogReader::finish() {
 
 }  // namespace
 
+// The header must name a version or the header description, and the first row must not be an
+// NMEA sentence, so that a receiver capture with a commented header is still read as one.
 bool looksLikePhoneLog(const std::string& text) {
     std::string_view rest(text);
     if (rest.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
         rest.remove_prefix(kByteOrderMark.size());
     }
+    bool namedInHeader = false;
     while (!rest.empty()) {
         const size_t end = std::min(rest.find('\n'), rest.size());
         const std::string_view line = rest.substr(0, end);
         rest.remove_prefix(std::min(end + 1, rest.size()));
         if (isBlankRow(line)) continue;
-        if (line[0] != '#') return line.substr(0, 5) == "NMEA,";
-        if (isVersionLine(line) || line.find("Header Description") != std::string_view::npos) {
-            return true;
+        if (line[0] != '#') {
+            if (line.substr(0, 5) == "NMEA,") return true;
+            return namedInHeader && line[0] != '$' && line[0] != '!';
         }
+        namedInHeader = namedInHeader || isVersionLine(line) ||
+                        line.find("Header Description") != std::string_view::npos;
     }
-    return false;
+    return namedInHeader;
 }
 
 PhoneLog parsePhoneLog(const std::string& text, const std::string& nmeaText) {

@@ -53,7 +53,7 @@ struct PhoneLog {
 };
 
 // Whether the text starts as such a log does: a header block that names a version or the
-// header description, or (a .nmea file) an NMEA row.
+// header description and is not followed by an NMEA sentence, or (a .nmea file) an NMEA row.
 bool looksLikePhoneLog(const std::string& text);
 
 // Reads a log and the text of the .nmea file beside it (empty when there is none).
