@@ -3,6 +3,7 @@
 # through the library (with a fusion-daemon crash and restart in the middle), prints the
 # summary and writes the timeline picture.
 # Usage: scripts/run-example.sh [CAPTURE [REPLAY OPTIONS...]]
+#   CAPTURE: an NMEA capture, or a phone's GnssLogger/GPSTest log (examples/phone-logs/)
 #   default: examples/captures/gpsd-haicom-305N.log --kill-at 40 --restart-at 55
 #   picture: build/replay-timeline.svg
 #   A .scn file instead runs that scenario and prints its transcript.

@@ -36,12 +36,12 @@ int replayMain(const std::vector<std::string>& words) {
         std::cerr << "zdgnss-sim replay: " << error << "\n" << kReplayUsage;
         return kExitBadUsage;
     }
-    Capture capture;
-    if (!readCapture(options.capture, &capture, &error)) {
+    ReplayInput input;
+    if (!readReplayFile(options.capture, options.burst, &input, &error)) {
         std::cerr << "zdgnss-sim replay: " << error << "\n";
         return kExitBadUsage;
     }
-    const ReplayReport report = runReplay(capture, options);
+    const ReplayReport report = runReplay(input, options);
     // What the library's static destruction may log after the run is no part of it.
     sim::Transcript::get().setEcho(false);
     if (options.summary) writeSummary(report, std::cout);

@@ -28,8 +28,8 @@ constexpr unsigned kNmeaSizeGuard = 10240;
 
 class Replay {
   public:
-    Replay(const Capture& capture, const ReplayOptions& options)
-        : mCapture(capture),
+    Replay(const ReplayInput& input, const ReplayOptions& options)
+        : mInput(input),
           mOptions(options),
           mEngine(options.latencyMs, options.jitterMs, options.coastMs, options.seed) {}
 
@@ -38,27 +38,22 @@ class Replay {
   private:
     void startUp();
     void shutDown();
-    void runCycle(int index, const Cycle& cycle, CycleRecord* record);
+    void runSecond(int index, const FeedSecond& second, CycleRecord* record);
     void daemonEvents(int index);
-    void feedNmea(const Cycle& cycle, int64_t timestamp, CycleRecord* record);
     void sendChunk(const std::string& chunk, int64_t timestamp, CycleRecord* record);
-    void feedSatellites(const CycleContent& content, CycleRecord* record);
-    void feedFix(const CycleContent& content, CycleRecord* record);
+    void feedSatellites(const std::vector<SatelliteView>& satellites, CycleRecord* record);
+    void feedFix(const V2_0::GnssLocation& location, CycleRecord* record);
     void deliverFused(int64_t untilMs);
-    int64_t nmeaTimestamp(int index, const CycleContent& content);
     void note(const std::string& line);
     bool daemon(const std::string& verb);
 
-    const Capture& mCapture;
+    const ReplayInput& mInput;
     const ReplayOptions& mOptions;
     StandInEngine mEngine;
-    CycleDecoder mDecoder;
     sp<FrameworkTap> mTap;
     sp<V2_0::IGnssCallback> mFramework;  // the world's recording callback
     bool mDaemonUp = false;
     bool mConnected = false;
-    int64_t mLastUtcMs = -1;
-    int mLastUtcIndex = 0;
 };
 
 ReplayReport Replay::run() {
@@ -69,11 +64,12 @@ ReplayReport Replay::run() {
     report.latencyMs = mOptions.latencyMs;
     report.jitterMs = mOptions.jitterMs;
     report.coastMs = mOptions.coastMs;
-    report.sentences = mCapture.sentenceCount;
+    report.sentences = mInput.sentences;
+    report.phoneLog = mInput.phoneLog;
     startUp();
-    report.cycles.resize(mCapture.cycles.size());
-    for (size_t i = 0; i < mCapture.cycles.size(); ++i) {
-        runCycle(static_cast<int>(i), mCapture.cycles[i], &report.cycles[i]);
+    report.cycles.resize(mInput.seconds.size());
+    for (size_t i = 0; i < mInput.seconds.size(); ++i) {
+        runSecond(static_cast<int>(i), mInput.seconds[i], &report.cycles[i]);
     }
     shutDown();
     return report;
@@ -128,19 +124,31 @@ void Replay::shutDown() {
     sim::Transcript::get().takeSegment();
 }
 
-void Replay::runCycle(int index, const Cycle& cycle, CycleRecord* record) {
+// Each event goes in at its own virtual time, after the fused locations due before it.
+void Replay::runSecond(int index, const FeedSecond& second, CycleRecord* record) {
     const int64_t startMs = index * kSecondMs;
     mEngine.setNow(startMs);
     const LogMark mark;
-    const CycleContent content = mDecoder.decode(cycle);
     record->index = index;
-    record->utcLabel = content.utcLabel;
-    record->skipped = content.skipped;
-    note("second " + std::to_string(index) + " " + content.utcLabel);
+    record->utcLabel = second.utcLabel;
+    record->skipped = second.skipped;
+    note("second " + std::to_string(index) + " " + second.utcLabel);
     daemonEvents(index);
-    feedNmea(cycle, nmeaTimestamp(index, content), record);
-    feedSatellites(content, record);
-    feedFix(content, record);
+    for (const FeedEvent& event : second.events) {
+        deliverFused(event.atMs);
+        mEngine.setNow(event.atMs);
+        switch (event.kind) {
+            case FeedEvent::Kind::kNmea:
+                sendChunk(event.nmea, event.nmeaTimestampMs, record);
+                break;
+            case FeedEvent::Kind::kSatellites:
+                feedSatellites(event.satellites, record);
+                break;
+            case FeedEvent::Kind::kLocation:
+                feedFix(event.location, record);
+                break;
+        }
+    }
     mEngine.endOfSecond(startMs);
     deliverFused(startMs + kSecondMs);
 
@@ -170,28 +178,6 @@ void Replay::daemonEvents(int index) {
     if (mark.since(Seen::kConnected) > 0) mConnected = true;
 }
 
-// The time stamp the HAL gives NMEA: the cycle's fix time, else the last one carried on by
-// the seconds since, else the virtual time.
-int64_t Replay::nmeaTimestamp(int index, const CycleContent& content) {
-    if (content.hasFix) {
-        mLastUtcMs = content.fix.timestamp;
-        mLastUtcIndex = index;
-        return mLastUtcMs;
-    }
-    if (mLastUtcMs >= 0) return mLastUtcMs + (index - mLastUtcIndex) * kSecondMs;
-    return index * kSecondMs;
-}
-
-void Replay::feedNmea(const Cycle& cycle, int64_t timestamp, CycleRecord* record) {
-    if (!mOptions.burst) {
-        for (const std::string& line : cycle.lines) sendChunk(line, timestamp, record);
-        return;
-    }
-    std::string burst;
-    for (const std::string& line : cycle.lines) burst += line + "\r\n";
-    sendChunk(burst, timestamp, record);
-}
-
 // One chunk to the NMEA feed, and why it sent no update when it did not. The library says
 // why only for some refusals; the silent ones are told apart by the chunk and the link.
 void Replay::sendChunk(const std::string& chunk, int64_t timestamp, CycleRecord* record) {
@@ -215,40 +201,40 @@ void Replay::sendChunk(const std::string& chunk, int64_t timestamp, CycleRecord*
     ++record->chunksRejected[reason];
 }
 
-void Replay::feedSatellites(const CycleContent& content, CycleRecord* record) {
-    if (!content.hasSatellites) return;
+void Replay::feedSatellites(const std::vector<SatelliteView>& satellites, CycleRecord* record) {
     record->satelliteReport = true;
+    CycleRecord::SatelliteReport sent;
     if (mOptions.hal == "1.0") {
-        const V1_0::IGnssCallback::GnssSvStatus status = toSvStatusV1(content.satellites);
+        const V1_0::IGnssCallback::GnssSvStatus status = toSvStatusV1(satellites);
         sendSvInfo(status);
         (void)mFramework->gnssSvStatusCb(status).isOk();  // the provider's own report
-        record->usedBefore = usedGps(status);
+        sent = {static_cast<int>(status.numSvs), usedGps(status)};
     } else {
-        const auto list = toSvInfoListV2(content.satellites);
+        const auto list = toSvInfoListV2(satellites);
         sendSvInfo(list);
         (void)mFramework->gnssSvStatusCb_2_0(list).isOk();
-        record->usedBefore = usedGps(list);
+        sent = {static_cast<int>(list.size()), usedGps(list)};
     }
+    record->satelliteReportsSent.push_back(sent);
+    record->usedBefore = sent.usedGps;
     record->usedAfter = record->usedBefore;
 }
 
 // The fix goes to the library; when it answers false the provider reports the fix itself.
 // Then the provider asks for the satellite list to be padded.
-void Replay::feedFix(const CycleContent& content, CycleRecord* record) {
-    if (!content.hasFix) return;
+void Replay::feedFix(const V2_0::GnssLocation& location, CycleRecord* record) {
     record->hasFix = true;
+    ++record->locationsSent;
     const LogMark mark;
     mTap->takeLastListUsed();
     if (mOptions.hal == "1.0") {
-        if (!sendLocationDataToTarvi(content.fix)) {
+        if (!sendLocationDataToTarvi(location.v1_0)) {
             note("provider reports the fix");
-            (void)mFramework->gnssLocationCb(content.fix).isOk();
+            (void)mFramework->gnssLocationCb(location.v1_0).isOk();
             record->providerReported = true;
         }
-        addSvList(content.fix);
+        addSvList(location.v1_0);
     } else {
-        V2_0::GnssLocation location{};
-        location.v1_0 = content.fix;
         if (!sendLocationDataToTarvi(location)) {
             note("provider reports the fix");
             (void)mFramework->gnssLocationCb_2_0(location).isOk();
@@ -256,7 +242,7 @@ void Replay::feedFix(const CycleContent& content, CycleRecord* record) {
         }
         addSvList(location);
     }
-    record->padded = mark.since(Seen::kPaddingStarted) > 0;
+    record->padded = record->padded || mark.since(Seen::kPaddingStarted) > 0;
     const int reported = mTap->takeLastListUsed();
     if (reported >= 0) record->usedAfter = reported;
 }
@@ -274,8 +260,8 @@ void Replay::deliverFused(int64_t untilMs) {
 
 }  // namespace
 
-ReplayReport runReplay(const Capture& capture, const ReplayOptions& options) {
-    Replay replay(capture, options);
+ReplayReport runReplay(const ReplayInput& input, const ReplayOptions& options) {
+    Replay replay(input, options);
     return replay.run();
 }
 

@@ -3,7 +3,7 @@
 // location engine, and records what each second led to.
 #pragma once
 
-#include "capture/capture.h"
+#include "capture/replay_input.h"
 #include "replay_options.h"
 #include "report/replay_report.h"
 
@@ -11,6 +11,6 @@ namespace replay {
 
 // Runs the whole capture once. The world is started afresh; the library's module state is
 // the process's own, so one process runs one replay.
-ReplayReport runReplay(const Capture& capture, const ReplayOptions& options);
+ReplayReport runReplay(const ReplayInput& input, const ReplayOptions& options);
 
 }  // namespace replay

@@ -8,7 +8,9 @@ namespace replay {
 const char kReplayUsage[] =
     "usage: zdgnss-sim replay CAPTURE [options]\n"
     "  Replays a receiver's NMEA capture through the library, one output cycle per second,\n"
-    "  against a stand-in fusion daemon, and prints a summary of what reached the framework.\n"
+    "  or a phone's GnssLogger/GPSTest log (and the .nmea file beside it) on the log's own\n"
+    "  clock, against a stand-in fusion daemon, and prints a summary of what reached the\n"
+    "  framework.\n"
     "  --hal 1.0|2.0        satellite records and location type of the GNSS HAL (2.0)\n"
     "  --burst              hand each cycle to the NMEA feed as one chunk, not per sentence\n"
     "  --latency MS         fused location follows the fix by MS (200)\n"

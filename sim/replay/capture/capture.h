@@ -62,6 +62,10 @@ struct SatelliteView {
     float elevationDegrees = 0;
     float azimuthDegrees = 0;
     bool usedInFix = false;  // named by a GSA of the same constellation
+    // What NMEA does not tell; a phone log's Status rows do.
+    float carrierFrequencyHz = 0;  // 0: not known
+    bool hasAlmanac = false;
+    bool hasEphemeris = false;
 };
 
 // What one cycle says once decoded.

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <charconv>
+#include <climits>
 #include <cmath>
 #include <cstdlib>
 #include <string>
@@ -62,12 +63,18 @@ std::optional<double> readNumber(std::string_view field) {
     return value;
 }
 
-std::optional<int> readInteger(std::string_view field) {
-    int value = 0;
+std::optional<int64_t> readWholeNumber(std::string_view field) {
+    int64_t value = 0;
     const char* end = field.data() + field.size();
     auto [stop, error] = std::from_chars(field.data(), end, value);
     if (field.empty() || error != std::errc() || stop != end) return std::nullopt;
     return value;
+}
+
+std::optional<int> readInteger(std::string_view field) {
+    std::optional<int64_t> value = readWholeNumber(field);
+    if (!value || *value < INT_MIN || *value > INT_MAX) return std::nullopt;
+    return static_cast<int>(*value);
 }
 
 std::optional<int64_t> readTimeOfDayMs(std::string_view field) {

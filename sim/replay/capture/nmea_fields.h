@@ -13,6 +13,7 @@ constexpr int64_t kMsPerDay = 86400000;
 
 std::optional<double> readNumber(std::string_view field);
 std::optional<int> readInteger(std::string_view field);
+std::optional<int64_t> readWholeNumber(std::string_view field);
 
 // "hhmmss" with any number of fraction digits; milliseconds since UTC midnight (fraction
 // digits past the third are dropped).

@@ -10,8 +10,21 @@ namespace {
 namespace gnss_v1 = android::hardware::gnss::V1_0;
 namespace gnss_v2 = android::hardware::gnss::V2_0;
 
-// Only whether the fix used the satellite is known from NMEA; ephemeris and almanac
-// availability are not, so those flags stay clear.
+using SvFlags = gnss_v1::IGnssCallback::GnssSvFlags;
+
+// NMEA tells only whether the fix used the satellite; the other flags stay clear for it.
+uint8_t svFlags(const SatelliteView& view) {
+    uint8_t flags = 0;
+    const auto set = [&flags](bool condition, SvFlags flag) {
+        if (condition) flags |= static_cast<uint8_t>(flag);
+    };
+    set(view.usedInFix, SvFlags::USED_IN_FIX);
+    set(view.hasEphemeris, SvFlags::HAS_EPHEMERIS_DATA);
+    set(view.hasAlmanac, SvFlags::HAS_ALMANAC_DATA);
+    set(view.carrierFrequencyHz > 0, SvFlags::HAS_CARRIER_FREQUENCY);
+    return flags;
+}
+
 gnss_v1::IGnssCallback::GnssSvInfo toSvInfoV1(const SatelliteView& view) {
     gnss_v1::IGnssCallback::GnssSvInfo info{};
     info.svid = view.svid;
@@ -22,9 +35,8 @@ gnss_v1::IGnssCallback::GnssSvInfo toSvInfoV1(const SatelliteView& view) {
     info.cN0Dbhz = view.cn0Dbhz;
     info.elevationDegrees = view.elevationDegrees;
     info.azimuthDegrees = view.azimuthDegrees;
-    info.carrierFrequencyHz = 0;
-    info.svFlag =
-        view.usedInFix ? static_cast<uint8_t>(gnss_v1::IGnssCallback::GnssSvFlags::USED_IN_FIX) : 0;
+    info.carrierFrequencyHz = view.carrierFrequencyHz;
+    info.svFlag = svFlags(view);
     return info;
 }
 

@@ -4,11 +4,13 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "capture/capture.h"
+#include "capture/phone_log.h"
 
 namespace replay {
 
@@ -36,6 +38,12 @@ struct CycleRecord {
     bool reconnected = false;       // the library reconnected during the second
     bool batchingReplayed = false;  // ... and started batching again on the new daemon
     SkipCounts skipped;
+    int locationsSent = 0;  // locations handed to sendLocationDataToTarvi
+    struct SatelliteReport {
+        int entries = 0;  // entries of the report sent (the 1.0 record holds 64 at most)
+        int usedGps = 0;  // of them, GPS entries used in the fix
+    };
+    std::vector<SatelliteReport> satelliteReportsSent;
 
     Source source() const;
 };
@@ -47,6 +55,7 @@ struct ReplayReport {
     int64_t latencyMs = 0, jitterMs = 0, coastMs = 0;
     int sentences = 0;
     std::vector<CycleRecord> cycles;
+    std::optional<PhoneLogCounts> phoneLog;  // what the log held, when it is a phone log
 
     // Totals over all cycles.
     int fixes() const;
@@ -66,6 +75,8 @@ struct ReplayReport {
     int daemonDownSeconds() const;     // cycles that ended with the daemon down
     int seconds(Source source) const;  // cycles whose source() is this one
     SkipCounts skipped() const;
+    int locationsSent() const;
+    std::vector<CycleRecord::SatelliteReport> satelliteReportsSent() const;
 };
 
 // The default output: a plain-text table of the run's figures.

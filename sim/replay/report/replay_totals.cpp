@@ -97,4 +97,16 @@ SkipCounts ReplayReport::skipped() const {
     return total;
 }
 
+int ReplayReport::locationsSent() const {
+    return sumField(cycles, &CycleRecord::locationsSent);
+}
+
+std::vector<CycleRecord::SatelliteReport> ReplayReport::satelliteReportsSent() const {
+    std::vector<CycleRecord::SatelliteReport> all;
+    for (const CycleRecord& cycle : cycles) {
+        all.insert(all.end(), cycle.satelliteReportsSent.begin(), cycle.satelliteReportsSent.end());
+    }
+    return all;
+}
+
 }  // namespace replay

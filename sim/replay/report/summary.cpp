@@ -32,53 +32,20 @@
 //   skipped unreadable
 //
 // A reason is printed on one line with runs of spaces folded into one (see oneLine()).
+//
+// A phone log adds a group after the capture's (phone_summary.cpp).
 #include <algorithm>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "phone_summary.h"
 #include "replay_report.h"
 #include "run_options.h"
 #include "text_escape.h"
 
 namespace replay {
 namespace {
-
-struct SummaryLine {
-    std::string label;
-    std::optional<int> value;  // empty for a group title
-};
-
-class SummaryTable {
-  public:
-    void title(const std::string& text) { mLines.push_back({text + ":", std::nullopt}); }
-    void figure(const std::string& label, int value) { mLines.push_back({label, value}); }
-
-    void write(std::ostream& out) const {
-        size_t labelWidth = 0;
-        size_t valueWidth = 0;
-        for (const SummaryLine& line : mLines) {
-            if (!line.value) continue;
-            labelWidth = std::max(labelWidth, characterCount(line.label));
-            valueWidth = std::max(valueWidth, std::to_string(*line.value).size());
-        }
-        for (const SummaryLine& line : mLines) {
-            if (!line.value) {
-                out << '\n' << line.label << '\n';
-                continue;
-            }
-            const std::string number = std::to_string(*line.value);
-            out << line.label
-                << std::string(
-                       labelWidth - characterCount(line.label) + 2 + valueWidth - number.size(),
-                       ' ')
-                << number << '\n';
-        }
-    }
-
-  private:
-    std::vector<SummaryLine> mLines;
-};
 
 void addLocations(const ReplayReport& report, SummaryTable* table) {
     table->title("Locations");
@@ -133,6 +100,7 @@ void writeSummary(const ReplayReport& report, std::ostream& out) {
     table.figure("cycles", static_cast<int>(report.cycles.size()));
     table.figure("sentences", report.sentences);
     table.figure("fixes", report.fixes());
+    addPhoneLog(report, &table);
     addLocations(report, &table);
     addNmea(report, &table);
     table.title("Satellites");

@@ -89,6 +89,22 @@ std::string totalsLine(const ReplayReport& report) {
            std::to_string(report.reconnections());
 }
 
+// What only a phone log shows: its fixes by provider and the satellite reports sent.
+std::string phoneLogLine(const ReplayReport& report) {
+    std::string line = "phone log: GPS fixes sent " + std::to_string(report.locationsSent());
+    for (const auto& [provider, count] : report.phoneLog->fixesByProvider) {
+        if (provider != "GPS") line += ", " + provider + " skipped " + std::to_string(count);
+    }
+    int fewUsed = 0;
+    const std::vector<CycleRecord::SatelliteReport> reports = report.satelliteReportsSent();
+    for (const CycleRecord::SatelliteReport& sent : reports) fewUsed += sent.usedGps < 4;
+    line += "; satellite reports " + std::to_string(reports.size()) + ", " +
+            std::to_string(fewUsed) + " with fewer than 4 GPS used";
+    int skipped = 0;
+    for (const auto& entry : report.phoneLog->skipped) skipped += entry.second;
+    return line + "; rows skipped " + std::to_string(skipped);
+}
+
 }  // namespace
 
 int writeHeading(const ReplayReport& report, std::ostream& out) {
@@ -99,6 +115,10 @@ int writeHeading(const ReplayReport& report, std::ostream& out) {
     svg::text(out, kMargin, y, describeOptions(report));
     y += kLineHeight;
     svg::text(out, kMargin, y, totalsLine(report));
+    if (report.phoneLog) {
+        y += kLineHeight;
+        svg::text(out, kMargin, y, phoneLogLine(report));
+    }
     out << "</g>\n<g class=\"legend\">";
     y += kLineHeight + 8;
     for (const LegendLine& line : legend()) {

@@ -1,0 +1,102 @@
+"""End-to-end checks of `zdgnss-sim replay` on the real phone logs (GnssLogger, GPSTest).
+
+Usage: check_phone_logs.py ZDGNSS_SIM PHONE_LOG_DIR WORK_DIR
+"""
+
+import glob
+import os
+import re
+import subprocess
+import sys
+import unittest
+import xml.etree.ElementTree as ElementTree
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import phone_log_tally  # noqa: E402
+from check_replay import ROW_MARKS, cycle_rows, figures, rows_marked  # noqa: E402
+
+SIM, LOGS, WORK = sys.argv[1:4] if len(sys.argv) >= 4 else (None, None, None)
+USED_GPS = re.compile(r"^reports with \d+ GPS used$")
+MODES = [[], ["--hal", "1.0"], ["--burst"]]
+
+
+def replay(path, *options):
+    return subprocess.run([SIM, "replay", path, *options], capture_output=True, text=True,
+                          timeout=300)
+
+
+def used_gps_histogram(used_per_report):
+    histogram = {}
+    for used in used_per_report:
+        label = "reports with %d GPS used" % used
+        histogram[label] = histogram.get(label, 0) + 1
+    return histogram
+
+
+class EveryPhoneLog(unittest.TestCase):
+    def test_every_log_replays_in_each_mode_against_its_tally(self):
+        paths = sorted(glob.glob(os.path.join(LOGS, "*.txt")) +
+                       glob.glob(os.path.join(LOGS, "*.nmea")))
+        self.assertEqual(len(paths), 7)
+        for path in paths:
+            for mode in MODES:
+                with self.subTest(log=os.path.basename(path), mode=" ".join(mode)):
+                    self.check_log(path, mode)
+
+    def check_log(self, path, mode):
+        svg = os.path.join(WORK, os.path.basename(path) + ".svg")
+        result = replay(path, *mode, "--coast", "0", "--svg", svg)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        got = figures(result.stdout)
+        expected = phone_log_tally.tally(path, "1.0" if "1.0" in mode else "2.0")
+        self.assertEqual(got["GPS fixes sent"], expected["gps_fixes"])
+        for provider, count in expected["fixes_by_provider"].items():
+            label = "Fix rows GPS" if provider == "GPS" else "Fix rows %s (skipped)" % provider
+            self.assertEqual(got[label], count, label)
+        reports = expected["used_gps_per_report"]
+        self.assertEqual(got["satellite reports sent"], len(reports))
+        self.assertEqual(got["reports with fewer than 4 GPS used"],
+                         sum(1 for used in reports if used < 4))
+        shown = {label: count for label, count in got.items() if USED_GPS.match(label)}
+        self.assertEqual(shown, used_gps_histogram(reports))
+        self.assertEqual(got["RMC valid sent true"], expected["rmc_true"])
+        self.assertEqual(got["RMC valid sent false"], expected["rmc_false"])
+        self.assertEqual(got["sentences"], expected["nmea_rows"])
+        if "--burst" not in mode:
+            self.assertEqual(got["NMEA chunks sent"], expected["nmea_rows"])
+        # Without coasting, every fix is answered by one fused location: forwarded or dropped.
+        self.assertEqual(got["fused locations forwarded"] +
+                         got["fused locations dropped (interval rule)"], expected["gps_fixes"])
+        tree = ElementTree.parse(svg)
+        rows = cycle_rows(tree)
+        self.assertEqual([int(g.get("data-index")) for g in rows], list(range(got["cycles"])))
+        for figure, css_class in ROW_MARKS.items():
+            self.assertEqual(rows_marked(tree, css_class), got[figure], figure)
+
+
+class OnTheLogsClock(unittest.TestCase):
+    def test_seconds_follow_the_log_clock_and_the_daemon_can_die_in_them(self):
+        path = os.path.join(LOGS, "gpstest-pixel3a-android11.txt")
+        result = replay(path, "--kill-at", "100", "--restart-at", "110")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        got = figures(result.stdout)
+        # GPSTest's 327 whole fixes run from 18:21:00.209 to 18:26:27 (1612549587000).
+        self.assertEqual(got["cycles"], (1612549587000 - 1612549260209) // 1000 + 1)
+        self.assertEqual((got["daemon deaths"], got["reconnections"],
+                          got["seconds daemon down"]), (1, 1, 10))
+
+
+class NeitherFormat(unittest.TestCase):
+    def test_a_file_of_neither_format_exits_2_with_one_line(self):
+        path = os.path.join(WORK, "neither.csv")
+        with open(path, "w") as handle:
+            handle.write("time,lat,lon\n1,2,3\n")
+        result = replay(path)
+        self.assertEqual(result.returncode, 2)
+        self.assertEqual(result.stdout, "")
+        self.assertEqual(len(result.stderr.splitlines()), 1, result.stderr)
+        self.assertIn("neither", result.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], "-v"])
