@@ -29,10 +29,22 @@ build() {
   if $tsan; then cmake --build --preset tsan -j2 --target zdgnss-sim chaos_test >/dev/null; fi
 }
 
-# The finding lines of every explore scenario, one "SCENARIO: LINE" each.
+# The finding lines of one explore scenario.
 findings() {
+  "$sim" explore "$1" 2>&1 | grep ': finding: ' || true
+}
+
+# The first finding of a scenario that the unchanged library does not give.
+first_new_finding() {
+  local scenario
   for scenario in tests/explore/*.scn; do
-    "$sim" explore "$scenario" 2>&1 | grep ': finding: ' | sed "s|^|$(basename "$scenario"): |" || true
+    local new
+    new=$(comm -13 <(sort "$baseline/$(basename "$scenario")") <(findings "$scenario" | sort) |
+      head -n 1)
+    if [[ -n "$new" ]]; then
+      echo "$new"
+      return
+    fi
   done
 }
 
@@ -54,12 +66,13 @@ tsan_verdict() {
 }
 
 build
-baseline=$(findings)
+baseline=$(mktemp -d)
+for scenario in tests/explore/*.scn; do findings "$scenario" >"$baseline/$(basename "$scenario")"; done
 status=0
 for patch in "${patches[@]}"; do
   git apply "$patch"
   build
-  new=$(comm -13 <(echo "$baseline" | sort) <(findings | sort) | head -n 1)
+  new=$(first_new_finding)
   echo "== $(basename "$patch" .patch)"
   if [[ -n "$new" ]]; then
     echo "   found: $new"
@@ -70,5 +83,6 @@ for patch in "${patches[@]}"; do
   if $tsan; then echo "   $(tsan_verdict)"; fi
   git checkout -- provider hal
 done
+rm -rf "$baseline"
 build
 exit "$status"
