@@ -1,6 +1,9 @@
 """End-to-end checks of `zdgnss-sim replay` on the real phone logs (GnssLogger, GPSTest).
 
-Usage: check_phone_logs.py ZDGNSS_SIM PHONE_LOG_DIR WORK_DIR
+Usage: check_phone_logs.py ZDGNSS_SIM PHONE_LOG_DIR WORK_DIR [MORE_LOG_DIR]
+
+MORE_LOG_DIR, when it exists, holds further logs (the shared data folder beside the project):
+those that PHONE_LOG_DIR does not ship are replayed too.
 """
 
 import glob
@@ -16,6 +19,8 @@ import phone_log_tally  # noqa: E402
 from check_replay import ROW_MARKS, cycle_rows, figures, rows_marked  # noqa: E402
 
 SIM, LOGS, WORK = sys.argv[1:4] if len(sys.argv) >= 4 else (None, None, None)
+MORE_LOGS = sys.argv[4] if len(sys.argv) >= 5 else None
+SHIPPED_LOGS = 6  # five text logs and one .nmea file
 USED_GPS = re.compile(r"^reports with \d+ GPS used$")
 MODES = [[], ["--hal", "1.0"], ["--burst"]]
 
@@ -23,6 +28,18 @@ MODES = [[], ["--hal", "1.0"], ["--burst"]]
 def replay(path, *options):
     return subprocess.run([SIM, "replay", path, *options], capture_output=True, text=True,
                           timeout=300)
+
+
+def logs_in(folder):
+    return glob.glob(os.path.join(folder, "*.txt")) + glob.glob(os.path.join(folder, "*.nmea"))
+
+
+def every_log():
+    by_name = {os.path.basename(path): path for path in logs_in(LOGS)}
+    if MORE_LOGS and os.path.isdir(MORE_LOGS):
+        for path in logs_in(MORE_LOGS):
+            by_name.setdefault(os.path.basename(path), path)
+    return sorted(by_name.values())
 
 
 def used_gps_histogram(used_per_report):
@@ -35,9 +52,8 @@ def used_gps_histogram(used_per_report):
 
 class EveryPhoneLog(unittest.TestCase):
     def test_every_log_replays_in_each_mode_against_its_tally(self):
-        paths = sorted(glob.glob(os.path.join(LOGS, "*.txt")) +
-                       glob.glob(os.path.join(LOGS, "*.nmea")))
-        self.assertEqual(len(paths), 7)
+        paths = every_log()
+        self.assertGreaterEqual(len(paths), SHIPPED_LOGS)
         for path in paths:
             for mode in MODES:
                 with self.subTest(log=os.path.basename(path), mode=" ".join(mode)):
