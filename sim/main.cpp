@@ -6,10 +6,8 @@
 #include <string>
 
 #include "explorer.h"
-#include "lexer.h"
 #include "replay/replay_cli.h"
 #include "scenario.h"
-#include "scenario_file.h"
 #include "transcript.h"
 
 namespace {
@@ -65,19 +63,8 @@ int main(int argc, char** argv) {
         std::cerr << kUsage;
         return sim::kExitBadScenario;
     }
-    std::string text;
-    if (!sim::readFile(options.file, &text)) {
-        std::cerr << "zdgnss-sim: cannot read " << options.file << "\n";
-        return sim::kExitBadScenario;
-    }
-    std::vector<sim::Line> lines;
     sim::Scenario scenario;
-    sim::SourceError error;
-    if (!sim::loadScenario(options.file, text, &lines, &error) ||
-        !sim::parseScenario(lines, &scenario, &error)) {
-        std::cerr << error.file << ":" << error.line << ": " << error.reason << "\n";
-        return sim::kExitBadScenario;
-    }
+    if (!sim::readScenarioFile(options.file, &scenario, std::cerr)) return sim::kExitBadScenario;
     sim::Transcript::get().setEcho(!options.quiet);
     const int code = sim::runScenario(scenario, options.check, std::cerr);
     // What the library's static destruction may log after the run is no part of it.

@@ -4,7 +4,6 @@
 #include <iostream>
 
 #include "explorer.h"
-#include "scenario_file.h"
 
 namespace explore {
 
@@ -85,19 +84,8 @@ int exploreMain(const std::vector<std::string>& args) {
         std::cerr << kUsage;
         return sim::kExitBadScenario;
     }
-    std::string text;
-    if (!sim::readFile(options.file, &text)) {
-        std::cerr << "zdgnss-sim: cannot read " << options.file << "\n";
-        return sim::kExitBadScenario;
-    }
-    std::vector<sim::Line> lines;
     sim::Scenario scenario;
-    sim::SourceError error;
-    if (!sim::loadScenario(options.file, text, &lines, &error) ||
-        !sim::parseScenario(lines, &scenario, &error)) {
-        std::cerr << error.file << ":" << error.line << ": " << error.reason << "\n";
-        return sim::kExitBadScenario;
-    }
+    if (!sim::readScenarioFile(options.file, &scenario, std::cerr)) return sim::kExitBadScenario;
     std::vector<const sim::Step*> blocks;
     for (const sim::Step& step : scenario.steps) {
         if (step.block != nullptr) blocks.push_back(&step);

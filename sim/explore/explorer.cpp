@@ -74,7 +74,7 @@ class BlockExplorer {
     void pct();
     // Runs, judges and counts one run; false when the explorer itself went wrong.
     bool runAndJudge(const RunRequest& request, RunResult* result);
-    // Whether the run is a finding; a serial run's outcome is the specification itself.
+    // Whether the run is a finding; a serial run's outcome is the reference, never a finding.
     bool judge(const RunRequest& request, const RunResult& result, FindingKind* kind,
                std::string* key) const;
     void report(const Finding& finding, const RunResult& result, const std::string& detail);

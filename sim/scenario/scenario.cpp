@@ -130,6 +130,21 @@ bool parseFindingKind(const std::string& name, FindingKind* kind) {
     return false;
 }
 
+bool readScenarioFile(const std::string& path, Scenario* out, std::ostream& errors) {
+    std::string text;
+    if (!readFile(path, &text)) {
+        errors << "zdgnss-sim: cannot read " << path << "\n";
+        return false;
+    }
+    std::vector<Line> lines;
+    SourceError error;
+    if (!loadScenario(path, text, &lines, &error) || !parseScenario(lines, out, &error)) {
+        errors << error.file << ":" << error.line << ": " << error.reason << "\n";
+        return false;
+    }
+    return true;
+}
+
 bool parseScenario(const std::vector<Line>& lines, Scenario* out, SourceError* sourceError) {
     out->steps.clear();
     BlockReader reader;

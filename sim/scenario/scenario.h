@@ -51,6 +51,10 @@ struct Scenario {
 // False and *error, at the offending line, when a line is malformed.
 bool parseScenario(const std::vector<Line>& lines, Scenario* out, SourceError* error);
 
+// Reads the scenario file at `path`, with what it includes, and parses it. False after
+// printing why on `errors`: "zdgnss-sim: cannot read PATH" or "FILE:LINE: reason".
+bool readScenarioFile(const std::string& path, Scenario* out, std::ostream& errors);
+
 // Exit codes of a run.
 enum ExitCode { kExitOk = 0, kExitExpectationFailed = 1, kExitBadScenario = 2 };
 
