@@ -21,7 +21,6 @@ struct Finding {
     std::string key;  // what makes two findings the same
     size_t run = 0;
     std::string schedule;
-    size_t count = 0;
 };
 
 // A search node: one decision of the current path, with the choices tried there.
@@ -161,13 +160,10 @@ bool BlockExplorer::runAndJudge(const RunRequest& request, RunResult* result) {
     FindingKind kind;
     std::string key;
     if (!judge(request, *result, &kind, &key)) return true;
-    for (Finding& known : mFindings) {
-        if (known.kind == kind && known.key == key) {
-            ++known.count;
-            return true;
-        }
+    for (const Finding& known : mFindings) {
+        if (known.kind == kind && known.key == key) return true;
     }
-    Finding finding{kind, key, mRuns, result->schedule(), 1};
+    Finding finding{kind, key, mRuns, result->schedule()};
     mFindings.push_back(finding);
     report(finding, *result, kind == FindingKind::kCrash ? key : result->stopDetail);
     confirm(finding);

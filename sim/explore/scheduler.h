@@ -34,7 +34,6 @@ class Scheduler : public zdhost::schedule::Controller {
     // Runs each branch on a controlled thread of its own (threads 1..n, tags 1..n) and
     // returns once every controlled thread, the ones they start included, has finished.
     void run(const std::vector<std::function<void()>>& branches);
-    size_t steps() const { return mSteps; }
 
     void point(zdhost::schedule::Point kind, const void* object) override;
     void acquire(const void* mutex) override;

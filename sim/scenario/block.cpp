@@ -55,8 +55,7 @@ bool BlockReader::accept(const Line& line, const Step* command, std::string* err
     mStep = Step();
     mStep.source = mOpening;
     mStep.block = mBlock;
-    std::shared_ptr<const Block> block = mBlock;
-    mStep.run = [block](std::string*) {
+    mStep.run = [block = mBlock](std::string*) {
         runBlockConcurrently(*block);
         return true;
     };
@@ -88,7 +87,7 @@ bool addExpectedFinding(const Line& line, Step* blockStep, std::string* error) {
         return false;
     }
     if (n == 3) expected.count = static_cast<int>(count);
-    auto block = std::make_shared<Block>(*blockStep->block);
+    Block* block = blockStep->block.get();
     for (const ExpectedFinding& known : block->expectedFindings) {
         if (known.kind == expected.kind) {
             *error = std::string("expect-finding ") + findingName(expected.kind) +
@@ -97,7 +96,6 @@ bool addExpectedFinding(const Line& line, Step* blockStep, std::string* error) {
         }
     }
     block->expectedFindings.push_back(expected);
-    blockStep->block = block;
     return true;
 }
 

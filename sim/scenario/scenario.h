@@ -20,7 +20,7 @@ struct Step {
     Line source;                                  // the command as written
     std::function<bool(std::string* error)> run;  // false + *error: the command failed
     std::vector<Expectation> expectations;
-    std::shared_ptr<const Block> block;  // set for a concurrent block, whose `run` plays it
+    std::shared_ptr<Block> block;  // set for a concurrent block, whose `run` plays it
 };
 
 // Findings of the schedule explorer that a block may declare as expected.
