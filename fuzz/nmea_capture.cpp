@@ -1,13 +1,14 @@
-// The NMEA capture reader: splitting a capture into cycles, decoding each, and laying the
-// cycles out as the seconds the replay feeds.
+// The NMEA capture reader: cutting a capture into epochs, decoding each, and laying the
+// epochs out as the replay feeds them.
 // Input: one byte whose bit 0 asks for burst chunks, then the capture's text.
-// Checks: every non-blank line lands in exactly one cycle; a fix has a position in range
-// and its flag; one second per cycle, all of it at the second's start, carrying every line
-// (one chunk each, or one chunk for the cycle in burst mode).
+// Checks: every non-blank line is either a sentence in exactly one epoch or counted as no
+// sentence; epochs are replayed in time order, a timed one only where it carries a time; a
+// fix has a position in range and its flag; every epoch's events lie at its start and carry
+// every sentence (one chunk each, or one chunk for the epoch in burst mode).
 #include <cmath>
 #include <string>
 
-#include "capture/feed_seconds.h"
+#include "capture/feed_epochs.h"
 #include "capture_check.h"
 
 namespace {
@@ -27,7 +28,7 @@ int nonBlankLines(const std::string& text) {
     return count;
 }
 
-void checkFix(const replay::CycleContent& content) {
+void checkFix(const replay::EpochContent& content) {
     if (!content.hasFix) return;
     const auto& fix = content.fix;
     CAPTURE_CHECK((fix.gnssLocationFlags & 1) != 0, "a fix without its position flag");
@@ -44,23 +45,32 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const replay::Capture capture = replay::splitCapture(text);
 
     size_t lines = 0;
-    for (const replay::Cycle& cycle : capture.cycles) lines += cycle.lines.size();
-    CAPTURE_CHECK(static_cast<int>(lines) == capture.sentenceCount, "lines lost in cycles");
-    CAPTURE_CHECK(capture.sentenceCount == nonBlankLines(text), "non-blank lines miscounted");
+    int64_t lastAtMs = -1;
+    for (const replay::Epoch& epoch : capture.epochs) {
+        lines += epoch.lines.size();
+        CAPTURE_CHECK(epoch.atMs > lastAtMs, "epochs out of time order");
+        CAPTURE_CHECK(epoch.timeOfDayMs.has_value() == (epoch.rule == replay::EpochRule::kUtcTime),
+                      "an epoch's time does not match its rule");
+        lastAtMs = epoch.atMs;
+    }
+    CAPTURE_CHECK(static_cast<int>(lines) == capture.sentenceCount, "lines lost in epochs");
+    CAPTURE_CHECK(capture.sentenceCount + capture.linesNotNmea == nonBlankLines(text),
+                  "non-blank lines miscounted");
+    CAPTURE_CHECK(capture.intervalMs > 0, "no time between epochs");
 
-    replay::CycleDecoder decoder;
-    for (const replay::Cycle& cycle : capture.cycles) checkFix(decoder.decode(cycle));
+    replay::EpochDecoder decoder;
+    for (const replay::Epoch& epoch : capture.epochs) checkFix(decoder.decode(epoch));
 
-    const auto seconds = replay::feedSeconds(capture, burst);
-    CAPTURE_CHECK(seconds.size() == capture.cycles.size(), "not one second per cycle");
-    for (size_t k = 0; k < seconds.size(); ++k) {
+    const auto epochs = replay::feedEpochs(capture, burst);
+    CAPTURE_CHECK(epochs.size() == capture.epochs.size(), "not one fed epoch per epoch");
+    for (size_t k = 0; k < epochs.size(); ++k) {
         size_t chunks = 0;
-        for (const FeedEvent& event : seconds[k].events) {
-            CAPTURE_CHECK(event.atMs == static_cast<int64_t>(k) * 1000, "event off its second");
+        for (const FeedEvent& event : epochs[k].events) {
+            CAPTURE_CHECK(event.atMs == capture.epochs[k].atMs, "event off its epoch");
             chunks += event.kind == FeedEvent::Kind::kNmea;
         }
-        CAPTURE_CHECK(chunks == (burst ? 1 : capture.cycles[k].lines.size()),
-                      "chunks do not match the cycle's lines");
+        CAPTURE_CHECK(chunks == (burst ? 1 : capture.epochs[k].lines.size()),
+                      "chunks do not match the epoch's lines");
     }
     return 0;
 }

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <string>
 
-#include "capture/feed_seconds.h"
+#include "capture/feed_epochs.h"
 #include "capture/replay_input.h"
 #include "capture_check.h"
 
@@ -63,7 +63,7 @@ void checkEvents(const replay::PhoneLog& log) {
 }
 
 void checkSeconds(const replay::PhoneLog& log, bool burst) {
-    const auto seconds = replay::feedSeconds(log, burst);
+    const auto seconds = replay::feedEpochs(log, burst);
     size_t events = 0;
     for (size_t k = 0; k < seconds.size(); ++k) {
         const int64_t start = static_cast<int64_t>(k) * 1000;

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "daemon_plan.h"
 #include "replay_driver.h"
 #include "transcript.h"
 
@@ -19,6 +20,10 @@ bool writeSvg(const ReplayReport& report, const std::string& path) {
     writeTimelineSvg(report, out);
     out.close();
     return static_cast<bool>(out);
+}
+
+void warn(const std::string& line) {
+    std::cerr << "zdgnss-sim replay: warning: " << line << "\n";
 }
 
 }  // namespace
@@ -40,6 +45,11 @@ int replayMain(const std::vector<std::string>& words) {
     if (!readReplayFile(options.capture, options.burst, &input, &error)) {
         std::cerr << "zdgnss-sim replay: " << error << "\n";
         return kExitBadUsage;
+    }
+    for (const std::string& warning : input.warnings) warn(warning);
+    for (const std::string& warning :
+         planWarnings(daemonPlan(options.killAt, options.restartAt), runEndMs(input))) {
+        warn(warning);
     }
     const ReplayReport report = runReplay(input, options);
     // What the library's static destruction may log after the run is no part of it.

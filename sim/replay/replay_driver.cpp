@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "daemon_plan.h"
 #include "framework_tap.h"
 #include "log_watch.h"
 #include "objects.h"
@@ -23,7 +24,6 @@ using android::sp;
 namespace V1_0 = android::hardware::gnss::V1_0;
 namespace V2_0 = android::hardware::gnss::V2_0;
 
-constexpr int64_t kSecondMs = 1000;
 constexpr unsigned kNmeaSizeGuard = 10240;
 
 class Replay {
@@ -31,6 +31,7 @@ class Replay {
     Replay(const ReplayInput& input, const ReplayOptions& options)
         : mInput(input),
           mOptions(options),
+          mPlan(daemonPlan(options.killAt, options.restartAt)),
           mEngine(options.latencyMs, options.jitterMs, options.coastMs, options.seed) {}
 
     ReplayReport run();
@@ -38,39 +39,49 @@ class Replay {
   private:
     void startUp();
     void shutDown();
-    void runSecond(int index, const FeedSecond& second, CycleRecord* record);
-    void daemonEvents(int index);
-    void sendChunk(const std::string& chunk, int64_t timestamp, CycleRecord* record);
-    void feedSatellites(const std::vector<SatelliteView>& satellites, CycleRecord* record);
-    void feedFix(const V2_0::GnssLocation& location, CycleRecord* record);
+    void runEpoch(int index, const FeedEpoch& epoch, int64_t endMs, EpochRecord* record);
+    void advance(int64_t untilMs, bool actionsAtUntil);
+    void applyDaemonAction(const DaemonAction& action);
+    void sendChunk(const std::string& chunk, int64_t timestamp, EpochRecord* record);
+    void feedSatellites(const std::vector<SatelliteView>& satellites, EpochRecord* record);
+    void feedFix(const V2_0::GnssLocation& location, EpochRecord* record);
     void deliverFused(int64_t untilMs);
     void note(const std::string& line);
     bool daemon(const std::string& verb);
 
     const ReplayInput& mInput;
     const ReplayOptions& mOptions;
+    const std::vector<DaemonAction> mPlan;
+    size_t mNextAction = 0;
     StandInEngine mEngine;
     sp<FrameworkTap> mTap;
     sp<V2_0::IGnssCallback> mFramework;  // the world's recording callback
     bool mDaemonUp = false;
     bool mConnected = false;
+    int64_t mDownSinceMs = 0;
+    int64_t mDownMs = 0;    // replay time the daemon was down, up to its last registration
+    int mLastHalUsed = -1;  // used GPS satellites of the last report the HAL sent
 };
 
 ReplayReport Replay::run() {
     ReplayReport report;
     report.capture = mOptions.capture;
-    report.hal = mOptions.hal;
-    report.burst = mOptions.burst;
-    report.latencyMs = mOptions.latencyMs;
-    report.jitterMs = mOptions.jitterMs;
-    report.coastMs = mOptions.coastMs;
+    report.settings = RunSettings{mOptions.hal,       mOptions.burst,      mOptions.latencyMs,
+                                  mOptions.jitterMs,  mOptions.coastMs,    mOptions.seed,
+                                  mOptions.intervalMs, mOptions.batching,  mOptions.killAt,
+                                  mOptions.restartAt};
+    report.cut = mInput.cut;
     report.sentences = mInput.sentences;
     report.phoneLog = mInput.phoneLog;
+    report.endMs = runEndMs(mInput);
     startUp();
-    report.cycles.resize(mInput.seconds.size());
-    for (size_t i = 0; i < mInput.seconds.size(); ++i) {
-        runSecond(static_cast<int>(i), mInput.seconds[i], &report.cycles[i]);
+    report.epochs.resize(mInput.epochs.size());
+    for (size_t i = 0; i < mInput.epochs.size(); ++i) {
+        const int64_t endMs =
+            i + 1 < mInput.epochs.size() ? mInput.epochs[i + 1].atMs : report.endMs;
+        runEpoch(static_cast<int>(i), mInput.epochs[i], endMs, &report.epochs[i]);
     }
+    report.daemonDownMs = mDownMs + (mDaemonUp ? 0 : report.endMs - mDownSinceMs);
     shutDown();
     return report;
 }
@@ -124,18 +135,20 @@ void Replay::shutDown() {
     sim::Transcript::get().takeSegment();
 }
 
-// Each event goes in at its own virtual time, after the fused locations due before it.
-void Replay::runSecond(int index, const FeedSecond& second, CycleRecord* record) {
-    const int64_t startMs = index * kSecondMs;
-    mEngine.setNow(startMs);
+// Each event goes in at its own virtual time, after the daemon's deaths and registrations
+// and the fused locations due before it.
+void Replay::runEpoch(int index, const FeedEpoch& epoch, int64_t endMs, EpochRecord* record) {
     const LogMark mark;
     record->index = index;
-    record->utcLabel = second.utcLabel;
-    record->skipped = second.skipped;
-    note("second " + std::to_string(index) + " " + second.utcLabel);
-    daemonEvents(index);
-    for (const FeedEvent& event : second.events) {
-        deliverFused(event.atMs);
+    record->atMs = epoch.atMs;
+    record->rule = epoch.rule;
+    record->utcLabel = epoch.utcLabel;
+    record->skipped = epoch.skipped;
+    note("epoch " + std::to_string(index) + " at " + std::to_string(epoch.atMs) + " ms " +
+         epoch.utcLabel);
+    advance(epoch.atMs, true);
+    for (const FeedEvent& event : epoch.events) {
+        advance(event.atMs, true);
         mEngine.setNow(event.atMs);
         switch (event.kind) {
             case FeedEvent::Kind::kNmea:
@@ -149,8 +162,7 @@ void Replay::runSecond(int index, const FeedSecond& second, CycleRecord* record)
                 break;
         }
     }
-    mEngine.endOfSecond(startMs);
-    deliverFused(startMs + kSecondMs);
+    advance(endMs, false);
 
     record->fusedForwarded =
         static_cast<int>(mark.since(Seen::kFusedForwarded) + mark.since(Seen::kFusedNoCallback));
@@ -164,23 +176,40 @@ void Replay::runSecond(int index, const FeedSecond& second, CycleRecord* record)
     if (!mOptions.transcript) sim::Transcript::get().takeSegment();  // keep no history
 }
 
-void Replay::daemonEvents(int index) {
+// Replays the time up to `untilMs`: fused locations due before it, and the daemon's deaths
+// and registrations before it (or at it, with `actionsAtUntil`), each in its turn.
+void Replay::advance(int64_t untilMs, bool actionsAtUntil) {
+    while (mNextAction < mPlan.size()) {
+        const DaemonAction& action = mPlan[mNextAction];
+        if (action.atMs > untilMs || (action.atMs == untilMs && !actionsAtUntil)) break;
+        deliverFused(action.atMs);
+        applyDaemonAction(action);
+        ++mNextAction;
+    }
+    deliverFused(untilMs);
+}
+
+void Replay::applyDaemonAction(const DaemonAction& action) {
     const LogMark mark;
-    const auto at = [index](const std::vector<int>& seconds) {
-        return std::find(seconds.begin(), seconds.end(), index) != seconds.end();
-    };
-    if (at(mOptions.killAt) && mDaemonUp && daemon("kill")) {
+    mEngine.setNow(action.atMs);
+    note(std::string(action.kill ? "daemon dies" : "daemon registers again") + " at " +
+         std::to_string(action.atMs) + " ms");
+    if (action.kill && mDaemonUp && daemon("kill")) {
         mDaemonUp = false;
+        mDownSinceMs = action.atMs;
         mEngine.forget();
     }
-    if (at(mOptions.restartAt) && !mDaemonUp) mDaemonUp = daemon("register");
+    if (!action.kill && !mDaemonUp) {
+        mDaemonUp = daemon("register");
+        if (mDaemonUp) mDownMs += action.atMs - mDownSinceMs;
+    }
     if (mark.since(Seen::kDaemonDied) > 0) mConnected = false;
     if (mark.since(Seen::kConnected) > 0) mConnected = true;
 }
 
 // One chunk to the NMEA feed, and why it sent no update when it did not. The library says
 // why only for some refusals; the silent ones are told apart by the chunk and the link.
-void Replay::sendChunk(const std::string& chunk, int64_t timestamp, CycleRecord* record) {
+void Replay::sendChunk(const std::string& chunk, int64_t timestamp, EpochRecord* record) {
     const LogMark mark;
     const uint64_t updatesBefore = mEngine.nmeaUpdates();
     send_nmea_update_to_tarvi(timestamp, chunk.c_str(), static_cast<unsigned>(chunk.size()));
@@ -201,9 +230,11 @@ void Replay::sendChunk(const std::string& chunk, int64_t timestamp, CycleRecord*
     ++record->chunksRejected[reason];
 }
 
-void Replay::feedSatellites(const std::vector<SatelliteView>& satellites, CycleRecord* record) {
+// An epoch the library padded keeps the padded report's counts; otherwise the last report's
+// show.
+void Replay::feedSatellites(const std::vector<SatelliteView>& satellites, EpochRecord* record) {
     record->satelliteReport = true;
-    CycleRecord::SatelliteReport sent;
+    EpochRecord::SatelliteReport sent;
     if (mOptions.hal == "1.0") {
         const V1_0::IGnssCallback::GnssSvStatus status = toSvStatusV1(satellites);
         sendSvInfo(status);
@@ -216,13 +247,13 @@ void Replay::feedSatellites(const std::vector<SatelliteView>& satellites, CycleR
         sent = {static_cast<int>(list.size()), usedGps(list)};
     }
     record->satelliteReportsSent.push_back(sent);
-    record->usedBefore = sent.usedGps;
-    record->usedAfter = record->usedBefore;
+    mLastHalUsed = sent.usedGps;
+    if (!record->padded) record->usedBefore = record->usedAfter = sent.usedGps;
 }
 
 // The fix goes to the library; when it answers false the provider reports the fix itself.
 // Then the provider asks for the satellite list to be padded.
-void Replay::feedFix(const V2_0::GnssLocation& location, CycleRecord* record) {
+void Replay::feedFix(const V2_0::GnssLocation& location, EpochRecord* record) {
     record->hasFix = true;
     ++record->locationsSent;
     const LogMark mark;
@@ -242,12 +273,17 @@ void Replay::feedFix(const V2_0::GnssLocation& location, CycleRecord* record) {
         }
         addSvList(location);
     }
-    record->padded = record->padded || mark.since(Seen::kPaddingStarted) > 0;
     const int reported = mTap->takeLastListUsed();
+    if (record->padded) return;
+    if (mark.since(Seen::kPaddingStarted) > 0) {
+        record->padded = true;
+        record->usedBefore = mLastHalUsed;
+    }
     if (reported >= 0) record->usedAfter = reported;
 }
 
 void Replay::deliverFused(int64_t untilMs) {
+    mEngine.coastUntil(untilMs);
     for (const FusedReport& report : mEngine.takeDue(untilMs)) {
         sp<vendor::zendra::hardware::fusd::V1_2::IFusdGnssCallback> callback =
             sim::World::get().fusdGnssCallback();

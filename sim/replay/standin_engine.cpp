@@ -6,6 +6,12 @@ namespace replay {
 
 using android::hardware::gnss::V1_0::GnssLocation;
 
+namespace {
+
+constexpr int64_t kCoastPeriodMs = 1000;
+
+}  // namespace
+
 StandInEngine::StandInEngine(int64_t latencyMs, int64_t jitterMs, int64_t coastMs, uint32_t seed)
     : mLatencyMs(latencyMs), mJitterMs(jitterMs), mCoastMs(coastMs), mRandom(seed) {}
 
@@ -41,16 +47,17 @@ void StandInEngine::onLocationData(const GnssLocation& location) {
     std::lock_guard<std::mutex> lock(mLock);
     mHasFix = true;
     mLastFixMs = mNowMs;
+    mNextCoastMs = mNowMs + kCoastPeriodMs;
     mLastFix = location;
     scheduleLocked(mNowMs, drawDelayLocked(), location, 0);
 }
 
-void StandInEngine::endOfSecond(int64_t secondStartMs) {
+void StandInEngine::coastUntil(int64_t untilMs) {
     std::lock_guard<std::mutex> lock(mLock);
-    if (!mHasFix || mLastFixMs >= secondStartMs) return;  // none yet, or one came this second
-    const int64_t sinceFix = secondStartMs - mLastFixMs;
-    if (sinceFix > mCoastMs) return;
-    scheduleLocked(secondStartMs, drawDelayLocked(), mLastFix, sinceFix);
+    while (mHasFix && mNextCoastMs < untilMs && mNextCoastMs - mLastFixMs <= mCoastMs) {
+        scheduleLocked(mNextCoastMs, drawDelayLocked(), mLastFix, mNextCoastMs - mLastFixMs);
+        mNextCoastMs += kCoastPeriodMs;
+    }
 }
 
 std::vector<FusedReport> StandInEngine::takeDue(int64_t untilMs) {

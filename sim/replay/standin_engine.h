@@ -1,6 +1,6 @@
 // A stand-in for the daemon's location engine: it answers each fix the daemon takes in with
 // one fused location after a latency (plus jitter), and keeps reporting once a second for a
-// coast time after fixes stop. Time is the replay's virtual time, in ms from the first cycle.
+// coast time after fixes stop. Time is the replay's virtual time, in ms from the first epoch.
 #pragma once
 
 #include <android/hardware/gnss/1.0/types.h>
@@ -26,9 +26,9 @@ class StandInEngine : public sim::FeedListener {
 
     // Virtual time of what the daemon takes in from now on.
     void setNow(int64_t nowMs);
-    // The second starting at `secondStartMs` is over: schedule a coast report if no fix
-    // came in it but one came no longer than the coast time ago.
-    void endOfSecond(int64_t secondStartMs);
+    // Schedules the coast reports before `untilMs`: one a second after the last fix, as long
+    // as no fix follows and the coast time since the fix has not run out.
+    void coastUntil(int64_t untilMs);
     // Reports due before `untilMs`, in order of delivery; they leave the schedule.
     std::vector<FusedReport> takeDue(int64_t untilMs);
     // The daemon's process died: its schedule and its fix history go with it.
@@ -55,7 +55,8 @@ class StandInEngine : public sim::FeedListener {
     std::mt19937 mRandom;
     int64_t mNowMs = 0;
     bool mHasFix = false;
-    int64_t mLastFixMs = 0;  // virtual time the last fix came in
+    int64_t mLastFixMs = 0;    // virtual time the last fix came in
+    int64_t mNextCoastMs = 0;  // virtual time of the next coast report
     android::hardware::gnss::V1_0::GnssLocation mLastFix{};
     std::vector<FusedReport> mSchedule;
     int mRmcValid[2] = {0, 0};

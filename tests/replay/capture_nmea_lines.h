@@ -18,8 +18,10 @@ inline std::string nmea(const std::string& body) {
     return "$" + body + hex;
 }
 
-inline replay::Cycle cycleOf(std::vector<std::string> lines) {
-    return replay::Cycle{std::move(lines)};
+inline replay::Epoch epochOf(std::vector<std::string> lines) {
+    replay::Epoch epoch;
+    epoch.lines = std::move(lines);
+    return epoch;
 }
 
 inline std::string capturePath(const std::string& name) {

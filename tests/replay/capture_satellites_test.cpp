@@ -11,13 +11,13 @@
 
 namespace {
 
-using capture_test::cycleOf;
+using capture_test::epochOf;
 using capture_test::nmea;
 using SvFlags = android::hardware::gnss::V1_0::IGnssCallback::GnssSvFlags;
 
 // (constellation, svid, used) of each satellite, in list order.
 using Seen = std::vector<std::tuple<int, int, bool>>;
-Seen seen(const replay::CycleContent& content) {
+Seen seen(const replay::EpochContent& content) {
     Seen result;
     for (const replay::SatelliteView& view : content.satellites) {
         result.emplace_back(view.constellation, view.svid, view.usedInFix);
@@ -25,12 +25,12 @@ Seen seen(const replay::CycleContent& content) {
     return result;
 }
 
-replay::CycleContent decode(std::vector<std::string> lines) {
-    return replay::CycleDecoder().decode(cycleOf(std::move(lines)));
+replay::EpochContent decode(std::vector<std::string> lines) {
+    return replay::EpochDecoder().decode(epochOf(std::move(lines)));
 }
 
 TEST(CaptureSatellites, TalkerAndPrnGiveConstellationAndSvid) {
-    replay::CycleContent content = decode({
+    replay::EpochContent content = decode({
         nmea("GPGSV,1,1,02,07,10,20,30,46,,,34"),  // 46: SBAS, as given
         nmea("GLGSV,1,1,03,65,10,20,30,96,10,20,30,05,10,20,30"),
         nmea("GAGSV,1,1,01,07,10,20,30,7"),  // trailing signal id
@@ -86,7 +86,7 @@ TEST(CaptureSatellites, UsedInFixMatchesTheGsaOfTheSameConstellation) {
 }
 
 TEST(CaptureSatellites, RepeatedSatelliteKeptOnceWithItsSignalStrength) {
-    replay::CycleContent content = decode({
+    replay::EpochContent content = decode({
         nmea("GPGSV,1,1,02,05,06,110,,10,24,284,34,1"),
         nmea("GPGSV,1,1,02,05,06,110,19,10,24,284,,6"),  // second signal of the same two
     });
@@ -96,7 +96,7 @@ TEST(CaptureSatellites, RepeatedSatelliteKeptOnceWithItsSignalStrength) {
 }
 
 TEST(CaptureSatellites, EmptySvidsAreCountedOncePaddingIsNot) {
-    replay::CycleContent content = decode({
+    replay::EpochContent content = decode({
         nmea("GPGSV,1,1,03,,10,20,30,,40,50,,05,,,"),
         nmea("GPGSV,1,1,01,06,10,20,30,,,,"),
     });
@@ -145,7 +145,7 @@ TEST(CaptureSatellites, DualFrequencyCaptureCountsEachSatelliteOnce) {
     std::string error;
     ASSERT_TRUE(replay::readCapture(capture_test::capturePath("gpsd-ublox-zed-f9p-nmea.log"),
                                     &capture, &error));
-    replay::CycleContent first = replay::CycleDecoder().decode(capture.cycles.at(0));
+    replay::EpochContent first = replay::EpochDecoder().decode(capture.epochs.at(0));
     int perConstellation[8] = {};
     int used = 0;
     for (const replay::SatelliteView& view : first.satellites) {

@@ -7,7 +7,7 @@
 
 namespace {
 
-using capture_test::cycleOf;
+using capture_test::epochOf;
 using capture_test::nmea;
 using replay::SentenceCheck;
 
@@ -55,8 +55,8 @@ TEST(CaptureSentence, AddressAndFields) {
 
 // Each skipped line is counted under exactly one reason; what can be decoded is not counted.
 TEST(CaptureSentence, DecoderCountsEachSkippedLineOnce) {
-    replay::CycleDecoder decoder;
-    replay::CycleContent content = decoder.decode(cycleOf({
+    replay::EpochDecoder decoder;
+    replay::EpochContent content = decoder.decode(epochOf({
         kRealRmc,
         "$GPRMC,095304.802,A,2712.6520,S,15303.1397,E,0.00,133.96,080407,,,A*79",
         "$GPRMC,095304.802,A,2712.6520,S,15303.1397,E,0.00,133.96,080407,,,A",
@@ -73,7 +73,7 @@ TEST(CaptureSentence, DecoderCountsEachSkippedLineOnce) {
     EXPECT_EQ(content.skipped.emptyFields, 0);
     EXPECT_TRUE(content.hasFix);
 
-    replay::CycleContent corrupted = decoder.decode(cycleOf({
+    replay::EpochContent corrupted = decoder.decode(epochOf({
         "$GPRMC,095304.802,A,2712.6520,S,15303.1397,E,0.00,133.96,080407,,,A*79",
     }));
     EXPECT_FALSE(corrupted.hasFix);
@@ -119,7 +119,7 @@ TEST(CaptureSentence, GarbageNeverDecodesIntoData) {
     };
     for (const std::string& line : garbage) {
         SCOPED_TRACE(line);
-        replay::CycleContent content = replay::CycleDecoder().decode(cycleOf({line}));
+        replay::EpochContent content = replay::EpochDecoder().decode(epochOf({line}));
         EXPECT_FALSE(content.hasFix);
         EXPECT_TRUE(content.satellites.empty());
     }
@@ -128,7 +128,9 @@ TEST(CaptureSentence, GarbageNeverDecodesIntoData) {
         for (const std::string& line : garbage) text += line + "\r\n";
         return text;
     }());
-    EXPECT_EQ(all.sentenceCount, static_cast<int>(garbage.size()) - 1);  // "" is blank
+    // "" is blank and the commas are no sentence.
+    EXPECT_EQ(all.sentenceCount, static_cast<int>(garbage.size()) - 2);
+    EXPECT_EQ(all.linesNotNmea, 1);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 """An independent count of what a capture should lead to in a per-sentence replay.
 
-It reads the capture with none of the replay's code: each non-blank line is one NMEA chunk;
+It reads the capture with none of the replay's code: each line that starts with '$' or '!' is
+one NMEA chunk (other lines are no sentences and are not sent);
 a chunk sends an NMEA update when "$GPRMC" occurs in it and the text from there is shorter
 than 256 characters, with the validity ",A," anywhere in that text. Seconds are counted
 from the UTC times of well-formed RMC and GGA sentences (each change of time is a new second),
@@ -26,7 +27,7 @@ def _checksum_ok(line):
 def _lines(path):
     with open(path, "rb") as handle:
         text = handle.read().decode("latin-1")
-    return [line.rstrip("\r") for line in text.split("\n") if line.rstrip("\r")]
+    return [line.rstrip("\r") for line in text.split("\n") if line[:1] in ("$", "!")]
 
 
 def tally(path):

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "capture/feed_seconds.h"
+#include "capture/feed_epochs.h"
 #include "capture/replay_input.h"
 
 namespace {
@@ -201,7 +201,7 @@ TEST(PhoneLog, StreamsMergeInTimeOrderOnTheLogsClock) {
     EXPECT_EQ(order, expected);
     EXPECT_EQ(log.events[1].sentence, "$GPGGA,1*00");
 
-    const auto seconds = replay::feedSeconds(log, true);
+    const auto seconds = replay::feedEpochs(log, true);
     ASSERT_EQ(seconds.size(), 2u);
     EXPECT_EQ(seconds[0].utcLabel, "23:43:01");
     ASSERT_EQ(seconds[0].events.size(), 4u);
@@ -212,7 +212,7 @@ TEST(PhoneLog, StreamsMergeInTimeOrderOnTheLogsClock) {
 TEST(PhoneLog, BurstJoinsASecondsNmeaRowsIntoOneChunk) {
     const PhoneLog log = replay::parsePhoneLog(
         "", "NMEA,$GPGGA,1*00,1699400581100\nNMEA,$GPRMC,2*00,1699400581200\n");
-    const auto seconds = replay::feedSeconds(log, true);
+    const auto seconds = replay::feedEpochs(log, true);
     ASSERT_EQ(seconds.size(), 1u);
     ASSERT_EQ(seconds[0].events.size(), 1u);
     EXPECT_EQ(seconds[0].events[0].nmea, "$GPGGA,1*00\r\n$GPRMC,2*00\r\n");

@@ -7,12 +7,12 @@
 namespace replay {
 namespace {
 
-CycleRecord cycleWith(bool providerReported, int forwarded, int dropped = 0) {
-    CycleRecord cycle;
-    cycle.providerReported = providerReported;
-    cycle.fusedForwarded = forwarded;
-    cycle.fusedDropped = dropped;
-    return cycle;
+EpochRecord cycleWith(bool providerReported, int forwarded, int dropped = 0) {
+    EpochRecord epoch;
+    epoch.providerReported = providerReported;
+    epoch.fusedForwarded = forwarded;
+    epoch.fusedDropped = dropped;
+    return epoch;
 }
 
 TEST(ReportSourceTest, SourceIsWhatReachedTheFramework) {

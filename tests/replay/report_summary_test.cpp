@@ -40,37 +40,48 @@ ReplayReport handBuiltRun(const std::string& capture, const std::string& oddReas
     // clang-format on
     ReplayReport report;
     report.capture = capture;
-    report.hal = "1.0";
-    report.burst = false;
-    report.latencyMs = 250, report.jitterMs = 40, report.coastMs = 3000;
+    report.settings.hal = "1.0";
+    report.settings.latencyMs = 250, report.settings.jitterMs = 40;
+    report.settings.coastMs = 3000, report.settings.seed = 7, report.settings.intervalMs = 500;
+    report.settings.killAt = {3}, report.settings.restartAt = {4, 9};
+    report.cut.linesNotNmea = 2, report.cut.timeBreaks = 1, report.cut.cycleEnder = "GPRMC";
     report.sentences = 123;
+    report.endMs = 6500, report.daemonDownMs = 1600;
     for (const Row& row : rows) {
-        CycleRecord c;
-        c.index = static_cast<int>(report.cycles.size());
+        EpochRecord c;
+        c.index = static_cast<int>(report.epochs.size());
         c.hasFix = row.fix, c.providerReported = row.reported;
         c.fusedForwarded = row.forwarded, c.fusedDropped = row.dropped;
         c.nmeaChunks = row.chunks, c.rmcValidTrue = row.rmcTrue, c.rmcValidFalse = row.rmcFalse;
         c.chunksRejected = row.rejected;
         c.satelliteReport = row.satellites, c.padded = row.padded;
+        if (row.satellites) c.satelliteReportsSent.push_back({12, 3});
+        c.rule = c.index == 6 ? EpochRule::kRepeatedSentence : EpochRule::kUtcTime;
         c.daemonUp = row.up, c.daemonDied = row.died, c.reconnected = row.reconnected;
         c.batchingReplayed = row.batching;
         c.skipped = row.skipped;
-        report.cycles.push_back(c);
+        report.epochs.push_back(c);
     }
     return report;
 }
 
 const std::map<std::string, long> kExpectedFigures = {
-    {"cycles", 7},
+    {"epochs", 7},
+    {"epochs by UTC time", 6},
+    {"epochs by repeated sentence", 1},
+    {"epoch interval ms", 1000},
+    {"seconds replayed", 7},
+    {"time breaks", 1},
     {"sentences", 123},
+    {"lines not NMEA", 2},
     {"fixes", 5},
     {"locations reported by the provider", 3},
     {"fused locations forwarded", 9},
     {"fused locations dropped (interval rule)", 6},
-    {"seconds source receiver", 1},
-    {"seconds source fused", 1},
-    {"seconds source both", 2},
-    {"seconds source none", 3},
+    {"epochs source receiver", 1},
+    {"epochs source fused", 1},
+    {"epochs source both", 2},
+    {"epochs source none", 3},
     {"NMEA chunks sent", 31},
     {"RMC valid sent true", 13},
     {"RMC valid sent false", 7},
@@ -84,6 +95,7 @@ const std::map<std::string, long> kExpectedFigures = {
     {"reconnections", 1},
     {"batching replays", 1},
     {"seconds daemon down", 2},
+    {"epochs daemon down", 2},
     {"skipped bad checksum", 2},
     {"skipped no checksum", 3},
     {"skipped empty fields", 4},
@@ -118,14 +130,27 @@ TEST(ReportSummaryTest, EveryFigureOnceWithItsNumber) {
     EXPECT_EQ(figures(lines), kExpectedFigures);
 }
 
-TEST(ReportSummaryTest, HeaderNamesCaptureAndOptions) {
+TEST(ReportSummaryTest, HeaderNamesCaptureEveryOptionAndTheEpochRules) {
     const auto lines = summaryLines(handBuiltRun("gpsd-quectel.log", "x"));
-    ASSERT_GE(lines.size(), 2u);
+    ASSERT_GE(lines.size(), 3u);
     EXPECT_EQ(lines[0], "Replay of gpsd-quectel.log");
-    EXPECT_EQ(lines[1], "HAL 1.0, NMEA per sentence, latency 250 ms, jitter 40 ms, coast 3000 ms");
-    ReplayReport burst;
-    burst.burst = true;
-    EXPECT_NE(summaryLines(burst)[1].find("HAL 2.0, NMEA burst"), std::string::npos);
+    EXPECT_EQ(lines[1],
+              "HAL 1.0, NMEA per sentence, latency 250 ms, jitter 40 ms, seed 7, coast 3000 ms, "
+              "reporting interval 500 ms, batching, daemon killed at 3 s, registered again at "
+              "4, 9 s");
+    EXPECT_EQ(lines[2],
+              "Epochs: 6 where the UTC time changes, 1 where a time-carrying sentence without a "
+              "time repeats; 1 a second (every 1000 ms); the cycle ends with GPRMC; 1 break in "
+              "time");
+    ReplayReport other;
+    other.settings.burst = true, other.settings.batching = false;
+    other.cut.intervalMs = 200;
+    other.epochs.resize(3);
+    const auto otherLines = summaryLines(other);
+    EXPECT_EQ(otherLines[1],
+              "HAL 2.0, NMEA burst (whole epoch as one chunk), latency 0 ms, jitter 0 ms, seed 1, "
+              "coast 0 ms, reporting interval of the library, no batching, daemon never killed");
+    EXPECT_EQ(otherLines[2], "Epochs: 3 where the UTC time changes; 5 a second (every 200 ms)");
 }
 
 TEST(ReportSummaryTest, NumbersEndInOneColumnAndLabelsStartTheLine) {

@@ -1,5 +1,6 @@
-// A receiver capture as the GNSS HAL would deliver it: NMEA sentences grouped into
-// one-second output cycles, and what each cycle says about the fix and the satellites.
+// A receiver capture as the GNSS HAL would deliver it: NMEA sentences grouped into the
+// receiver's epochs (one per time stamp), and what each epoch says about the fix and the
+// satellites.
 #pragma once
 
 #include <android/hardware/gnss/1.0/IGnssCallback.h>
@@ -25,32 +26,51 @@ struct SkipCounts {
     SkipCounts& operator+=(const SkipCounts& other);
 };
 
-// One output cycle: the lines as the receiver sent them, without their line ends.
-struct Cycle {
+// Which rule cut an epoch out of the capture.
+enum class EpochRule {
+    kUtcTime,           // a run of sentences with one UTC time stamp
+    kRepeatedSentence,  // where time stamps are missing: a time-carrying sentence repeated
+    kLogSecond,         // a phone log: one second of the log's own clock
+};
+
+// One epoch: the sentences as the receiver sent them, without their line ends.
+struct Epoch {
     std::vector<std::string> lines;
+    EpochRule rule = EpochRule::kUtcTime;
+    std::optional<int64_t> timeOfDayMs;  // UTC ms since midnight; none for kRepeatedSentence
+    int64_t atMs = 0;                    // replay time: ms after the first epoch
 };
 
 struct Capture {
-    std::vector<Cycle> cycles;
-    int sentenceCount = 0;  // non-blank lines, all of which are in some cycle
+    std::vector<Epoch> epochs;
+    int sentenceCount = 0;      // lines that start with '$' or '!', each in exactly one epoch
+    int linesNotNmea = 0;       // other non-blank lines (binary data, comments): left out
+    std::string cycleEnder;     // talker and type that most often ends a cycle; "" if none
+    int64_t intervalMs = 1000;  // the usual time from one epoch to the next
+    int timeBreaks = 0;         // time stamps that went back or leapt ahead (see epochTimes)
 };
 
-// Splits a capture's text into cycles. Blank lines are dropped; LF and CRLF both end a line.
+// Splits a capture's text into epochs. Blank lines are dropped; LF and CRLF both end a line.
+// A line is a sentence when it starts with '$' or '!'; other lines are counted and left out.
 //
-// Captures carry no arrival times, so where one cycle ends is read from the sentence order.
-// A new cycle begins at a sentence that
-//  (a) is time-bearing (RMC, GGA, GLL, GNS or ZDA of any talker) with a non-empty UTC time
-//      other than the time the current cycle already has, or
-//  (b) is standard (not $P...), is not a GSV, GSA, GRS or GST (which come several to a
-//      cycle), and has a talker and type that already appeared in the current cycle; this
-//      splits receivers that leave the time fields empty while they have no fix.
-// Lines before the first time-bearing sentence belong to the first cycle. Proprietary lines,
-// lines with a mismatching checksum and lines that are not NMEA never begin a cycle; they
-// stay in the cycle they arrive in.
+// Captures carry no arrival times, so epochs are read from the sentences' own UTC times.
+// Time-carrying sentences are RMC, GGA, GNS, GLL, ZDA, GST, GBS and GRS of any talker; only
+// those with a matching checksum (or none) count.
+//  - An epoch is a run of time-carrying sentences with one time (fraction included), and the
+//    sentences among them.
+//  - Sentences between two epochs are split after the last occurrence of the cycle ender:
+//    the talker and type that most often comes last before the time changes. The part up to
+//    it joins the earlier epoch, the rest the later one; without it, all join the earlier.
+//  - Where time-carrying sentences come without a time (a receiver without a fix), the
+//    stretch between two timed epochs (or before the first, or after the last) is cut where
+//    a time-carrying sentence without a time repeats a talker and type already in the
+//    current epoch. A timed sentence after such a stretch begins an epoch of its own.
+//  - Lines before the first epoch join it; a capture with no time-carrying sentence at all is
+//    one epoch.
 Capture splitCapture(const std::string& text);
 bool readCapture(const std::string& path, Capture* capture, std::string* error);
 
-// A satellite as the cycle's GSV and GSA sentences describe it.
+// A satellite as the epoch's GSV and GSA sentences describe it.
 struct SatelliteView {
     // As the HAL numbers it: GLONASS 65-96 become 1-32, BeiDou 201- and Galileo 301- lose
     // the offset, QZSS 1-10 become 193-202; SBAS keeps the receiver's number.
@@ -68,21 +88,20 @@ struct SatelliteView {
     bool hasEphemeris = false;
 };
 
-// What one cycle says once decoded.
-struct CycleContent {
+// What one epoch says once decoded.
+struct EpochContent {
     bool hasFix = false;                                // a position with a known UTC date and time
     android::hardware::gnss::V1_0::GnssLocation fix{};  // timestamp: UTC ms since the epoch
-    bool hasSatellites = false;                         // the cycle held GSV or GSA sentences
+    bool hasSatellites = false;                         // the epoch held GSV or GSA sentences
     std::vector<SatelliteView> satellites;
-    std::string utcLabel;  // "hh:mm:ss" of the cycle's sentences, empty when none carried a time
     SkipCounts skipped;
 };
 
-// Decodes cycles in order; the UTC date of the last RMC carries over to later cycles whose
+// Decodes epochs in order; the UTC date of the last RMC carries over to later epochs whose
 // GGA alone gives a time.
-class CycleDecoder {
+class EpochDecoder {
   public:
-    CycleContent decode(const Cycle& cycle);
+    EpochContent decode(const Epoch& epoch);
 
   private:
     void rememberDate(std::string_view dateField, std::string_view timeField);

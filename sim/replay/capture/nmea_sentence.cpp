@@ -58,7 +58,10 @@ std::vector<std::string_view> splitFields(std::string_view text) {
 NmeaSentence parseSentence(std::string_view line) {
     NmeaSentence sentence;
     if (line.empty() || (line[0] != '$' && line[0] != '!')) return sentence;
-    std::string_view rest = line.substr(1);
+    // A start character written twice ("$$GPGGA", a logging program's echo) counts once.
+    const size_t start = line.find_first_not_of("$!");
+    if (start == std::string_view::npos) return sentence;
+    std::string_view rest = line.substr(start);
     size_t star = rest.find('*');
     std::string_view body = rest.substr(0, star);
     size_t comma = body.find(',');

@@ -29,6 +29,7 @@ struct NmeaSentence {
     bool is(std::string_view sentenceType) const { return !proprietary && type == sentenceType; }
 };
 
+// A line is read from its last leading '$' or '!': "$$GPGGA,..." is the sentence "$GPGGA,...".
 NmeaSentence parseSentence(std::string_view line);
 
 }  // namespace replay

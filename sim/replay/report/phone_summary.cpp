@@ -1,5 +1,6 @@
 // The summary's group of what only a phone log shows: its rows, its fixes by provider, and
-// the satellite reports sent, with how many used GPS satellites each had.
+// how many used GPS satellites the satellite reports had (the reports themselves are counted
+// in the Satellites group).
 #include "phone_summary.h"
 
 #include <algorithm>
@@ -24,18 +25,17 @@ void addFixes(const ReplayReport& report, const PhoneLogCounts& log, SummaryTabl
 
 void addSatelliteReports(const ReplayReport& report, const PhoneLogCounts& log,
                          SummaryTable* table) {
-    const std::vector<CycleRecord::SatelliteReport> reports = report.satelliteReportsSent();
+    const std::vector<EpochRecord::SatelliteReport> reports = report.satelliteReportsSent();
     int fewest = 0;
     int most = 0;
     int fewUsed = 0;
     std::map<int, int> byUsed;
-    for (const CycleRecord::SatelliteReport& sent : reports) {
+    for (const EpochRecord::SatelliteReport& sent : reports) {
         fewest = &sent == &reports.front() ? sent.entries : std::min(fewest, sent.entries);
         most = std::max(most, sent.entries);
         fewUsed += sent.usedGps < kPaddingThreshold;
         ++byUsed[sent.usedGps];
     }
-    table->figure("satellite reports sent", static_cast<int>(reports.size()));
     table->figure("incomplete satellite reports", log.incompleteReports);
     table->figure("signals per report, fewest", fewest);
     table->figure("signals per report, most", most);

@@ -10,18 +10,21 @@
 #include <vector>
 
 #include "capture/capture.h"
+#include "capture/feed_epochs.h"
 #include "capture/phone_log.h"
 
 namespace replay {
 
-// Which source's position reached the framework in a second.
+// Which source's position reached the framework in an epoch.
 enum class Source { kNone, kReceiver, kFused, kBoth };
 
-// One output cycle (one second of the capture) as the replay drove and observed it.
-struct CycleRecord {
+// One epoch (of a capture, or a second of a phone log) as the replay drove and observed it.
+struct EpochRecord {
     int index = 0;                  // from 0
+    int64_t atMs = 0;               // replay time the epoch starts at
+    EpochRule rule = EpochRule::kUtcTime;
     std::string utcLabel;           // "hh:mm:ss" from the capture, may be empty
-    bool hasFix = false;            // the cycle carried a position
+    bool hasFix = false;            // the epoch carried a position
     bool providerReported = false;  // sendLocationDataToTarvi said false: the provider reported it
     int fusedForwarded = 0;         // fused locations the library passed to the framework
     int fusedDropped = 0;           // fused locations held back by the reporting-interval rule
@@ -30,12 +33,14 @@ struct CycleRecord {
     int rmcValidFalse = 0;          // sendNmeaUpdate(false, ...) calls the daemon took in
     std::map<std::string, int> chunksRejected;  // reason -> chunks that sent no NMEA update
     bool satelliteReport = false;               // sendSvInfo was called
-    int usedBefore = -1;            // satellites used in fix in the HAL's report; -1: no report yet
-    int usedAfter = -1;             // in the list the framework got last this second; -1: none
-    bool padded = false;            // the library added its entries this second
-    bool daemonUp = false;          // at the end of the second
-    bool daemonDied = false;        // the daemon died during the second
-    bool reconnected = false;       // the library reconnected during the second
+    // GPS satellites used in the fix: in the HAL's report (-1: none yet) and in the list the
+    // framework got for it (-1: none). In an epoch the library padded, the padded report's.
+    int usedBefore = -1;
+    int usedAfter = -1;
+    bool padded = false;            // the library added its entries in this epoch
+    bool daemonUp = false;          // at the end of the epoch
+    bool daemonDied = false;        // the daemon died during the epoch
+    bool reconnected = false;       // the library reconnected during the epoch
     bool batchingReplayed = false;  // ... and started batching again on the new daemon
     SkipCounts skipped;
     int locationsSent = 0;  // locations handed to sendLocationDataToTarvi
@@ -48,16 +53,28 @@ struct CycleRecord {
     Source source() const;
 };
 
-struct ReplayReport {
-    std::string capture;      // file name as given
+// The options a run had, as the summary and the picture name them.
+struct RunSettings {
     std::string hal = "2.0";  // "1.0" or "2.0"
-    bool burst = false;       // whole cycle as one NMEA chunk
+    bool burst = false;       // whole epoch as one NMEA chunk
     int64_t latencyMs = 0, jitterMs = 0, coastMs = 0;
+    uint32_t seed = 1;
+    int64_t intervalMs = -1;  // reporting interval set after the start; -1: the library's own
+    bool batching = true;
+    std::vector<int> killAt, restartAt;  // seconds
+};
+
+struct ReplayReport {
+    std::string capture;  // file name as given
+    RunSettings settings;
+    EpochCut cut;
     int sentences = 0;
-    std::vector<CycleRecord> cycles;
+    std::vector<EpochRecord> epochs;
+    int64_t endMs = 0;         // replay time the run ends at
+    int64_t daemonDownMs = 0;  // replay time with the daemon down
     std::optional<PhoneLogCounts> phoneLog;  // what the log held, when it is a phone log
 
-    // Totals over all cycles.
+    // Totals over all epochs.
     int fixes() const;
     int providerReported() const;
     int fusedForwarded() const;
@@ -69,19 +86,20 @@ struct ReplayReport {
     int rmcValidFalse() const;
     std::map<std::string, int> chunksRejected() const;  // reason -> chunks
     int chunksRejectedTotal() const;
-    int satelliteReports() const;
-    int paddedSeconds() const;
+    int epochsCutBy(EpochRule rule) const;
+    int satelliteReports() const;      // reports sent, several in an epoch counted apart
+    int paddedEpochs() const;
     int batchingReplays() const;
-    int daemonDownSeconds() const;     // cycles that ended with the daemon down
-    int seconds(Source source) const;  // cycles whose source() is this one
+    int daemonDownEpochs() const;     // epochs that ended with the daemon down
+    int epochsWithSource(Source source) const;
     SkipCounts skipped() const;
     int locationsSent() const;
-    std::vector<CycleRecord::SatelliteReport> satelliteReportsSent() const;
+    std::vector<EpochRecord::SatelliteReport> satelliteReportsSent() const;
 };
 
 // The default output: a plain-text table of the run's figures.
 void writeSummary(const ReplayReport& report, std::ostream& out);
-// The timeline: an SVG document with one row per cycle.
+// The timeline: an SVG document with one row per epoch.
 void writeTimelineSvg(const ReplayReport& report, std::ostream& out);
 
 }  // namespace replay

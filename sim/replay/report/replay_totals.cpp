@@ -3,7 +3,7 @@
 
 namespace replay {
 
-Source CycleRecord::source() const {
+Source EpochRecord::source() const {
     const bool fused = fusedForwarded > 0;
     if (providerReported && fused) return Source::kBoth;
     if (providerReported) return Source::kReceiver;
@@ -14,56 +14,56 @@ Source CycleRecord::source() const {
 namespace {
 
 template <typename Predicate>
-int countCycles(const std::vector<CycleRecord>& cycles, Predicate predicate) {
+int countEpochs(const std::vector<EpochRecord>& epochs, Predicate predicate) {
     int count = 0;
-    for (const CycleRecord& cycle : cycles) count += predicate(cycle) ? 1 : 0;
+    for (const EpochRecord& epoch : epochs) count += predicate(epoch) ? 1 : 0;
     return count;
 }
 
-int countFlag(const std::vector<CycleRecord>& cycles, bool CycleRecord::*flag) {
-    return countCycles(cycles, [flag](const CycleRecord& cycle) { return cycle.*flag; });
+int countFlag(const std::vector<EpochRecord>& epochs, bool EpochRecord::*flag) {
+    return countEpochs(epochs, [flag](const EpochRecord& epoch) { return epoch.*flag; });
 }
 
-int sumField(const std::vector<CycleRecord>& cycles, int CycleRecord::*field) {
+int sumField(const std::vector<EpochRecord>& epochs, int EpochRecord::*field) {
     int sum = 0;
-    for (const CycleRecord& cycle : cycles) sum += cycle.*field;
+    for (const EpochRecord& epoch : epochs) sum += epoch.*field;
     return sum;
 }
 
 }  // namespace
 
 int ReplayReport::fixes() const {
-    return countFlag(cycles, &CycleRecord::hasFix);
+    return countFlag(epochs, &EpochRecord::hasFix);
 }
 int ReplayReport::providerReported() const {
-    return countFlag(cycles, &CycleRecord::providerReported);
+    return countFlag(epochs, &EpochRecord::providerReported);
 }
 int ReplayReport::fusedForwarded() const {
-    return sumField(cycles, &CycleRecord::fusedForwarded);
+    return sumField(epochs, &EpochRecord::fusedForwarded);
 }
 int ReplayReport::fusedDropped() const {
-    return sumField(cycles, &CycleRecord::fusedDropped);
+    return sumField(epochs, &EpochRecord::fusedDropped);
 }
 int ReplayReport::deaths() const {
-    return countFlag(cycles, &CycleRecord::daemonDied);
+    return countFlag(epochs, &EpochRecord::daemonDied);
 }
 int ReplayReport::reconnections() const {
-    return countFlag(cycles, &CycleRecord::reconnected);
+    return countFlag(epochs, &EpochRecord::reconnected);
 }
 int ReplayReport::nmeaChunks() const {
-    return sumField(cycles, &CycleRecord::nmeaChunks);
+    return sumField(epochs, &EpochRecord::nmeaChunks);
 }
 int ReplayReport::rmcValidTrue() const {
-    return sumField(cycles, &CycleRecord::rmcValidTrue);
+    return sumField(epochs, &EpochRecord::rmcValidTrue);
 }
 int ReplayReport::rmcValidFalse() const {
-    return sumField(cycles, &CycleRecord::rmcValidFalse);
+    return sumField(epochs, &EpochRecord::rmcValidFalse);
 }
 
 std::map<std::string, int> ReplayReport::chunksRejected() const {
     std::map<std::string, int> byReason;
-    for (const CycleRecord& cycle : cycles) {
-        for (const auto& [reason, count] : cycle.chunksRejected) byReason[reason] += count;
+    for (const EpochRecord& epoch : epochs) {
+        for (const auto& [reason, count] : epoch.chunksRejected) byReason[reason] += count;
     }
     return byReason;
 }
@@ -74,37 +74,40 @@ int ReplayReport::chunksRejectedTotal() const {
     return total;
 }
 
-int ReplayReport::satelliteReports() const {
-    return countFlag(cycles, &CycleRecord::satelliteReport);
+int ReplayReport::epochsCutBy(EpochRule rule) const {
+    return countEpochs(epochs, [rule](const EpochRecord& epoch) { return epoch.rule == rule; });
 }
-int ReplayReport::paddedSeconds() const {
-    return countFlag(cycles, &CycleRecord::padded);
+int ReplayReport::satelliteReports() const {
+    return static_cast<int>(satelliteReportsSent().size());
+}
+int ReplayReport::paddedEpochs() const {
+    return countFlag(epochs, &EpochRecord::padded);
 }
 int ReplayReport::batchingReplays() const {
-    return countFlag(cycles, &CycleRecord::batchingReplayed);
+    return countFlag(epochs, &EpochRecord::batchingReplayed);
 }
-int ReplayReport::daemonDownSeconds() const {
-    return countCycles(cycles, [](const CycleRecord& cycle) { return !cycle.daemonUp; });
+int ReplayReport::daemonDownEpochs() const {
+    return countEpochs(epochs, [](const EpochRecord& epoch) { return !epoch.daemonUp; });
 }
-int ReplayReport::seconds(Source source) const {
-    return countCycles(cycles,
-                       [source](const CycleRecord& cycle) { return cycle.source() == source; });
+int ReplayReport::epochsWithSource(Source source) const {
+    return countEpochs(epochs,
+                       [source](const EpochRecord& epoch) { return epoch.source() == source; });
 }
 
 SkipCounts ReplayReport::skipped() const {
     SkipCounts total;
-    for (const CycleRecord& cycle : cycles) total += cycle.skipped;
+    for (const EpochRecord& epoch : epochs) total += epoch.skipped;
     return total;
 }
 
 int ReplayReport::locationsSent() const {
-    return sumField(cycles, &CycleRecord::locationsSent);
+    return sumField(epochs, &EpochRecord::locationsSent);
 }
 
-std::vector<CycleRecord::SatelliteReport> ReplayReport::satelliteReportsSent() const {
-    std::vector<CycleRecord::SatelliteReport> all;
-    for (const CycleRecord& cycle : cycles) {
-        all.insert(all.end(), cycle.satelliteReportsSent.begin(), cycle.satelliteReportsSent.end());
+std::vector<EpochRecord::SatelliteReport> ReplayReport::satelliteReportsSent() const {
+    std::vector<EpochRecord::SatelliteReport> all;
+    for (const EpochRecord& epoch : epochs) {
+        all.insert(all.end(), epoch.satelliteReportsSent.begin(), epoch.satelliteReportsSent.end());
     }
     return all;
 }

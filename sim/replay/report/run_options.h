@@ -1,4 +1,5 @@
-// How a run was set up, in words, for the headings of the summary and the timeline.
+// How a run was set up and how its input was cut, in words, for the headings of the summary
+// and the timeline.
 #pragma once
 
 #include <string>
@@ -7,8 +8,17 @@
 
 namespace replay {
 
-// "HAL 2.0, NMEA burst (whole cycle as one chunk), latency 0 ms, jitter 0 ms, coast 0 ms",
+// Every option in effect: "HAL 2.0, NMEA per sentence, latency 200 ms, jitter 0 ms, seed 1,
+// coast 3000 ms, reporting interval of the library, batching, daemon never killed";
 // already passed through oneLine().
 std::string describeOptions(const ReplayReport& report);
+
+// The rules that cut the epochs, with their counts, and the rate: "Epochs: 120 where the UTC
+// time changes, 40 where a sentence without a time repeats; 1 a second (every 1000 ms);
+// the cycle ends with GPVTG".
+std::string describeEpochs(const ReplayReport& report);
+
+// "UTC time", "repeated sentence", "the log's seconds": the name the summary counts under.
+const char* ruleName(EpochRule rule);
 
 }  // namespace replay

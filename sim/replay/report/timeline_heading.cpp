@@ -79,12 +79,12 @@ void writeLegendLine(const LegendLine& line, int baseline, std::ostream& out) {
 }
 
 std::string totalsLine(const ReplayReport& report) {
-    return std::to_string(report.cycles.size()) + " cycles, " + std::to_string(report.sentences) +
+    return std::to_string(report.epochs.size()) + " epochs, " + std::to_string(report.sentences) +
            " sentences, " + std::to_string(report.fixes()) + " fixes; provider reported " +
            std::to_string(report.providerReported()) + ", fused forwarded " +
            std::to_string(report.fusedForwarded()) + ", dropped " +
            std::to_string(report.fusedDropped()) + "; padded " +
-           std::to_string(report.paddedSeconds()) + " s; daemon deaths " +
+           std::to_string(report.paddedEpochs()) + " epochs; daemon deaths " +
            std::to_string(report.deaths()) + ", reconnections " +
            std::to_string(report.reconnections());
 }
@@ -96,8 +96,8 @@ std::string phoneLogLine(const ReplayReport& report) {
         if (provider != "GPS") line += ", " + provider + " skipped " + std::to_string(count);
     }
     int fewUsed = 0;
-    const std::vector<CycleRecord::SatelliteReport> reports = report.satelliteReportsSent();
-    for (const CycleRecord::SatelliteReport& sent : reports) fewUsed += sent.usedGps < 4;
+    const std::vector<EpochRecord::SatelliteReport> reports = report.satelliteReportsSent();
+    for (const EpochRecord::SatelliteReport& sent : reports) fewUsed += sent.usedGps < 4;
     line += "; satellite reports " + std::to_string(reports.size()) + ", " +
             std::to_string(fewUsed) + " with fewer than 4 GPS used";
     int skipped = 0;
@@ -113,6 +113,8 @@ int writeHeading(const ReplayReport& report, std::ostream& out) {
     svg::text(out, kMargin, y, "Replay of " + report.capture, "title");
     y += kLineHeight + 4;
     svg::text(out, kMargin, y, describeOptions(report));
+    y += kLineHeight;
+    svg::text(out, kMargin, y, describeEpochs(report));
     y += kLineHeight;
     svg::text(out, kMargin, y, totalsLine(report));
     if (report.phoneLog) {

@@ -35,7 +35,7 @@ constexpr int kRejectedCharacters = 42;
 constexpr int kSkippedX = 1040;
 constexpr int kWidth = 1100;
 
-// Top of the row of cycle `index` when the rows start at `rowsTop`.
+// Top of the row of epoch `index` when the rows start at `rowsTop`.
 inline int rowTop(int rowsTop, int index) {
     return rowsTop + (index / kRowsPerBlock + 1) * kColumnTitleHeight + index * kRowHeight;
 }
@@ -46,7 +46,7 @@ int writeHeading(const ReplayReport& report, std::ostream& out);
 void writeColumnTitles(int y, std::ostream& out);
 // The dashed line at the padding threshold down a block of `rows` rows starting at y.
 void writeThresholdLine(int y, int rows, std::ostream& out);
-// One <g class="cycle"> row.
-void writeCycleRow(const CycleRecord& cycle, int y, std::ostream& out);
+// One <g class="epoch"> row.
+void writeEpochRow(const EpochRecord& epoch, int y, std::ostream& out);
 
 }  // namespace replay::timeline

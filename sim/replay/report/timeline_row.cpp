@@ -1,4 +1,4 @@
-// One second of the timeline: a <g class="cycle"> row with a cell in every lane, and a
+// One second of the timeline: a <g class="epoch"> row with a cell in every lane, and a
 // tooltip that spells out all of the second's figures.
 #include <algorithm>
 #include <string>
@@ -33,9 +33,9 @@ std::string times(int count) {
     return count > 1 ? " \u00d7" + std::to_string(count) : "";
 }
 
-std::string rejectedText(const CycleRecord& cycle) {
+std::string rejectedText(const EpochRecord& epoch) {
     std::string text;
-    for (const auto& [reason, count] : cycle.chunksRejected) {
+    for (const auto& [reason, count] : epoch.chunksRejected) {
         if (count <= 0) continue;
         if (!text.empty()) text += "; ";
         text += oneLine(reason) + times(count);
@@ -59,34 +59,34 @@ std::string clipped(const std::string& text, size_t limit) {
     return text.substr(0, end) + "\u2026";
 }
 
-std::string satellitesText(const CycleRecord& cycle) {
-    if (cycle.usedBefore < 0 && cycle.usedAfter < 0) return "none reported";
-    const std::string before = cycle.usedBefore < 0 ? "?" : std::to_string(cycle.usedBefore);
-    if (cycle.usedAfter < 0 || (cycle.usedAfter == cycle.usedBefore && !cycle.padded)) {
+std::string satellitesText(const EpochRecord& epoch) {
+    if (epoch.usedBefore < 0 && epoch.usedAfter < 0) return "none reported";
+    const std::string before = epoch.usedBefore < 0 ? "?" : std::to_string(epoch.usedBefore);
+    if (epoch.usedAfter < 0 || (epoch.usedAfter == epoch.usedBefore && !epoch.padded)) {
         return before;
     }
-    return before + " \u2192 " + std::to_string(cycle.usedAfter);
+    return before + " \u2192 " + std::to_string(epoch.usedAfter);
 }
 
-std::string details(const CycleRecord& cycle) {
-    std::string text = "second " + std::to_string(cycle.index);
-    if (!cycle.utcLabel.empty()) text += " (" + cycle.utcLabel + ")";
-    text += std::string(cycle.hasFix ? ": fix" : ": no fix") +
-            "; position to the framework: " + sourceName(cycle.source()) +
-            (cycle.providerReported ? " (provider reported)" : "") + "; fused forwarded " +
-            std::to_string(cycle.fusedForwarded) + ", dropped " +
-            std::to_string(cycle.fusedDropped) + "; NMEA chunks " +
-            std::to_string(cycle.nmeaChunks) + ", RMC valid true " +
-            std::to_string(cycle.rmcValidTrue) + ", false " + std::to_string(cycle.rmcValidFalse);
-    const std::string rejected = rejectedText(cycle);
+std::string details(const EpochRecord& epoch) {
+    std::string text = "second " + std::to_string(epoch.index);
+    if (!epoch.utcLabel.empty()) text += " (" + epoch.utcLabel + ")";
+    text += std::string(epoch.hasFix ? ": fix" : ": no fix") +
+            "; position to the framework: " + sourceName(epoch.source()) +
+            (epoch.providerReported ? " (provider reported)" : "") + "; fused forwarded " +
+            std::to_string(epoch.fusedForwarded) + ", dropped " +
+            std::to_string(epoch.fusedDropped) + "; NMEA chunks " +
+            std::to_string(epoch.nmeaChunks) + ", RMC valid true " +
+            std::to_string(epoch.rmcValidTrue) + ", false " + std::to_string(epoch.rmcValidFalse);
+    const std::string rejected = rejectedText(epoch);
     if (!rejected.empty()) text += "; rejected: " + rejected;
-    text += "; satellites used " + satellitesText(cycle) + (cycle.padded ? " (padded)" : "") +
-            (cycle.satelliteReport ? "" : ", no satellite report");
-    text += std::string("; daemon ") + (cycle.daemonUp ? "up" : "down");
-    if (cycle.daemonDied) text += ", died";
-    if (cycle.reconnected) text += ", reconnected";
-    if (cycle.batchingReplayed) text += ", batching replayed";
-    const SkipCounts& s = cycle.skipped;
+    text += "; satellites used " + satellitesText(epoch) + (epoch.padded ? " (padded)" : "") +
+            (epoch.satelliteReport ? "" : ", no satellite report");
+    text += std::string("; daemon ") + (epoch.daemonUp ? "up" : "down");
+    if (epoch.daemonDied) text += ", died";
+    if (epoch.reconnected) text += ", reconnected";
+    if (epoch.batchingReplayed) text += ", batching replayed";
+    const SkipCounts& s = epoch.skipped;
     if (skippedTotal(s) > 0) {
         text += "; skipped: bad checksum " + std::to_string(s.badChecksum) + ", no checksum " +
                 std::to_string(s.noChecksum) + ", empty fields " + std::to_string(s.emptyFields) +
@@ -96,18 +96,18 @@ std::string details(const CycleRecord& cycle) {
     return text;
 }
 
-void writeSource(const CycleRecord& cycle, std::ostream& out) {
-    const std::string name = sourceName(cycle.source());
+void writeSource(const EpochRecord& epoch, std::ostream& out) {
+    const std::string name = sourceName(epoch.source());
     svg::rect(out, kSourceX, kCellTop, kSourceWidth, kCellHeight, "src-" + name);
-    svg::text(out, kSourceX + 4, kBaseline, name, cycle.source() == Source::kNone ? "dim" : "on");
+    svg::text(out, kSourceX + 4, kBaseline, name, epoch.source() == Source::kNone ? "dim" : "on");
 }
 
-void writeFused(const CycleRecord& cycle, std::ostream& out) {
-    if (cycle.fusedForwarded > 0) {
-        svg::text(out, kFusedX, kBaseline, "fwd " + std::to_string(cycle.fusedForwarded));
+void writeFused(const EpochRecord& epoch, std::ostream& out) {
+    if (epoch.fusedForwarded > 0) {
+        svg::text(out, kFusedX, kBaseline, "fwd " + std::to_string(epoch.fusedForwarded));
     }
-    if (cycle.fusedDropped > 0) {
-        svg::text(out, kDropX, kBaseline, "drop " + std::to_string(cycle.fusedDropped), "drop");
+    if (epoch.fusedDropped > 0) {
+        svg::text(out, kDropX, kBaseline, "drop " + std::to_string(epoch.fusedDropped), "drop");
     }
 }
 
@@ -115,9 +115,9 @@ int barLength(int satellites) {
     return std::clamp(satellites, 0, kSatellitesDrawn) * kSatelliteWidth;
 }
 
-void writeSatellites(const CycleRecord& cycle, std::ostream& out) {
-    const bool counted = cycle.usedBefore >= 0;
-    const bool listed = cycle.usedAfter >= 0;
+void writeSatellites(const EpochRecord& epoch, std::ostream& out) {
+    const bool counted = epoch.usedBefore >= 0;
+    const bool listed = epoch.usedAfter >= 0;
     int end = kSatellitesX;
     const auto bar = [&](int length, const char* cssClass) {
         if (length <= 0) return false;
@@ -127,24 +127,24 @@ void writeSatellites(const CycleRecord& cycle, std::ostream& out) {
     };
     bool padShown = false;
     if (counted) {
-        bar(barLength(cycle.usedBefore), "used");
-        if (cycle.padded && cycle.usedAfter > cycle.usedBefore) {
-            padShown = bar(barLength(cycle.usedAfter) - barLength(cycle.usedBefore), "pad");
+        bar(barLength(epoch.usedBefore), "used");
+        if (epoch.padded && epoch.usedAfter > epoch.usedBefore) {
+            padShown = bar(barLength(epoch.usedAfter) - barLength(epoch.usedBefore), "pad");
         }
     } else if (listed) {
         // The framework got a list, but the receiver sent no count this second.
-        bar(barLength(cycle.usedAfter), "unknown");
+        bar(barLength(epoch.usedAfter), "unknown");
     }
     // A padded second always shows some orange, even when the counts do not say how much.
-    if (cycle.padded && !padShown) bar(2, "pad");
+    if (epoch.padded && !padShown) bar(2, "pad");
     const bool any = counted || listed;
-    svg::text(out, kSatelliteNumbersX, kBaseline, any ? satellitesText(cycle) : "-",
-              cycle.padded ? "padded" : (any ? "" : "dim"));
+    svg::text(out, kSatelliteNumbersX, kBaseline, any ? satellitesText(epoch) : "-",
+              epoch.padded ? "padded" : (any ? "" : "dim"));
 }
 
-void writeRmc(const CycleRecord& cycle, std::ostream& out) {
-    const int trues = cycle.rmcValidTrue;
-    const int falses = cycle.rmcValidFalse;
+void writeRmc(const EpochRecord& epoch, std::ostream& out) {
+    const int trues = epoch.rmcValidTrue;
+    const int falses = epoch.rmcValidFalse;
     if (trues > 0 && falses > 0) {
         svg::rect(out, kRmcX, kCellTop, kRmcWidth / 2, kCellHeight, "rmc-true");
         svg::rect(out, kRmcX + kRmcWidth / 2, kCellTop, kRmcWidth / 2, kCellHeight, "rmc-false");
@@ -160,42 +160,42 @@ void writeRmc(const CycleRecord& cycle, std::ostream& out) {
     }
 }
 
-void writeDaemon(const CycleRecord& cycle, std::ostream& out) {
-    svg::rect(out, kDaemonX, 0, kDaemonWidth, kRowHeight, cycle.daemonUp ? "up" : "down");
+void writeDaemon(const EpochRecord& epoch, std::ostream& out) {
+    svg::rect(out, kDaemonX, 0, kDaemonWidth, kRowHeight, epoch.daemonUp ? "up" : "down");
     int x = kEventsX;
     const auto event = [&](bool happened, const std::string& word, const std::string& cssClass) {
         if (!happened) return;
         svg::text(out, x, kBaseline, word, cssClass);
         x += svg::textWidth(word) + 7;
     };
-    event(cycle.daemonDied, "died", "died");
-    event(cycle.reconnected, "reconnected", "back");
-    event(cycle.batchingReplayed, "+batching", "batch");
+    event(epoch.daemonDied, "died", "died");
+    event(epoch.reconnected, "reconnected", "back");
+    event(epoch.batchingReplayed, "+batching", "batch");
 }
 
-void writeRejectedAndSkipped(const CycleRecord& cycle, std::ostream& out) {
-    const std::string rejected = rejectedText(cycle);
+void writeRejectedAndSkipped(const EpochRecord& epoch, std::ostream& out) {
+    const std::string rejected = rejectedText(epoch);
     if (!rejected.empty()) {
         svg::text(out, kRejectedX, kBaseline, clipped(rejected, kRejectedCharacters), "rej");
     }
-    const int skipped = skippedTotal(cycle.skipped);
+    const int skipped = skippedTotal(epoch.skipped);
     if (skipped > 0) svg::text(out, kSkippedX, kBaseline, std::to_string(skipped), "dim");
 }
 
 }  // namespace
 
-void writeCycleRow(const CycleRecord& cycle, int y, std::ostream& out) {
-    out << "<g class=\"cycle\" data-index=\"" << cycle.index << "\" transform=\"translate(0," << y
-        << ")\"><title>" << xmlEscaped(details(cycle)) << "</title>";
-    if (cycle.index % 2 != 0) svg::rect(out, kMargin, 0, kWidth - 2 * kMargin, kRowHeight, "zebra");
-    svg::text(out, kIndexEnd, kBaseline, std::to_string(cycle.index), "", true);
-    svg::text(out, kUtcX, kBaseline, cycle.utcLabel, cycle.hasFix ? "" : "dim");
-    writeSource(cycle, out);
-    writeFused(cycle, out);
-    writeSatellites(cycle, out);
-    writeRmc(cycle, out);
-    writeDaemon(cycle, out);
-    writeRejectedAndSkipped(cycle, out);
+void writeEpochRow(const EpochRecord& epoch, int y, std::ostream& out) {
+    out << "<g class=\"epoch\" data-index=\"" << epoch.index << "\" transform=\"translate(0," << y
+        << ")\"><title>" << xmlEscaped(details(epoch)) << "</title>";
+    if (epoch.index % 2 != 0) svg::rect(out, kMargin, 0, kWidth - 2 * kMargin, kRowHeight, "zebra");
+    svg::text(out, kIndexEnd, kBaseline, std::to_string(epoch.index), "", true);
+    svg::text(out, kUtcX, kBaseline, epoch.utcLabel, epoch.hasFix ? "" : "dim");
+    writeSource(epoch, out);
+    writeFused(epoch, out);
+    writeSatellites(epoch, out);
+    writeRmc(epoch, out);
+    writeDaemon(epoch, out);
+    writeRejectedAndSkipped(epoch, out);
     out << "</g>\n";
 }
 

@@ -1,4 +1,4 @@
-// The timeline document: heading and legend, then the cycles in blocks of one minute, each
+// The timeline document: heading and legend, then the epochs in blocks of one minute, each
 // block under its own column titles.
 #include <algorithm>
 #include <sstream>
@@ -40,16 +40,16 @@ text.on{fill:#ffffff}
 .rej{fill:#c62828}
 )css";
 
-int documentHeight(int rowsTop, int cycles) {
-    const int blocks = std::max(1, (cycles + kRowsPerBlock - 1) / kRowsPerBlock);
-    return rowsTop + blocks * kColumnTitleHeight + std::max(cycles, 1) * kRowHeight + kMargin;
+int documentHeight(int rowsTop, int epochs) {
+    const int blocks = std::max(1, (epochs + kRowsPerBlock - 1) / kRowsPerBlock);
+    return rowsTop + blocks * kColumnTitleHeight + std::max(epochs, 1) * kRowHeight + kMargin;
 }
 
 void writeRows(const ReplayReport& report, int rowsTop, std::ostream& out) {
-    const int count = static_cast<int>(report.cycles.size());
+    const int count = static_cast<int>(report.epochs.size());
     if (count == 0) {
         writeColumnTitles(rowsTop, out);
-        svg::text(out, kMargin, rowsTop + kColumnTitleHeight + kBaseline, "no cycles", "dim");
+        svg::text(out, kMargin, rowsTop + kColumnTitleHeight + kBaseline, "no epochs", "dim");
         return;
     }
     for (int first = 0; first < count; first += kRowsPerBlock) {
@@ -57,7 +57,7 @@ void writeRows(const ReplayReport& report, int rowsTop, std::ostream& out) {
         const int blockTop = rowTop(rowsTop, first);
         writeColumnTitles(blockTop - kColumnTitleHeight, out);
         for (int i = first; i < first + rows; ++i) {
-            writeCycleRow(report.cycles[i], rowTop(rowsTop, i), out);
+            writeEpochRow(report.epochs[i], rowTop(rowsTop, i), out);
         }
         writeThresholdLine(blockTop, rows, out);
     }
@@ -70,7 +70,7 @@ void writeTimelineSvg(const ReplayReport& report, std::ostream& out) {
     // stream first to size the document.
     std::ostringstream heading;
     const int rowsTop = writeHeading(report, heading);
-    const int height = documentHeight(rowsTop, static_cast<int>(report.cycles.size()));
+    const int height = documentHeight(rowsTop, static_cast<int>(report.epochs.size()));
 
     out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
         << "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\" width=\"" << kWidth

@@ -4,7 +4,6 @@
 #include "nmea_fields.h"
 #include "nmea_sentence.h"
 #include "satellites.h"
-#include "time_field.h"
 
 namespace replay {
 namespace {
@@ -30,7 +29,7 @@ struct TimeAndPlace {
     Position position;
 };
 
-// The first usable RMC ('A') and GGA (quality above 0) of a cycle.
+// The first usable RMC ('A') and GGA (quality above 0) of a epoch.
 struct FixSources {
     struct Rmc {
         TimeAndPlace at;
@@ -144,16 +143,13 @@ void fillFix(const FixSources& sources, int64_t timestampMs, gnss_v1::GnssLocati
 
 }  // namespace
 
-CycleContent CycleDecoder::decode(const Cycle& cycle) {
-    CycleContent content;
+EpochContent EpochDecoder::decode(const Epoch& epoch) {
+    EpochContent content;
     SatelliteCollector satellites;
     FixSources sources;
-    for (const std::string& line : cycle.lines) {
+    for (const std::string& line : epoch.lines) {
         NmeaSentence sentence = parseSentence(line);
         if (!decodable(sentence, &content.skipped)) continue;
-        if (content.utcLabel.empty() && isTimeBearing(sentence)) {
-            content.utcLabel = timeLabel(utcTimeField(sentence));
-        }
         if (sentence.is("RMC")) {
             rememberDate(sentence.field(8), sentence.field(0));
             readRmc(sentence, &sources, &content.skipped);
@@ -179,14 +175,14 @@ CycleContent CycleDecoder::decode(const Cycle& cycle) {
     return content;
 }
 
-void CycleDecoder::rememberDate(std::string_view dateField, std::string_view timeField) {
+void EpochDecoder::rememberDate(std::string_view dateField, std::string_view timeField) {
     std::optional<int64_t> date = readDateMs(dateField);
     if (!date) return;
     mDayMs = *date;
     mDateTimeOfDayMs = readTimeOfDayMs(timeField).value_or(-1);
 }
 
-std::optional<int64_t> CycleDecoder::dayOf(int64_t timeOfDayMs) const {
+std::optional<int64_t> EpochDecoder::dayOf(int64_t timeOfDayMs) const {
     if (mDayMs < 0) return std::nullopt;
     bool pastMidnight = mDateTimeOfDayMs >= 0 && timeOfDayMs + kHalfDayMs < mDateTimeOfDayMs;
     return pastMidnight ? mDayMs + kMsPerDay : mDayMs;
