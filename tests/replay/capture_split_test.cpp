@@ -112,8 +112,8 @@ TEST(CaptureSplit, RepeatedSentenceCutsWhereTimesAreMissing) {
         "$PMTK010,001*2E",
         "$PMTK010,001*2E",  // proprietary repeats never cut
         nmea("GPGGA,,,,,,0,,,,M,,M,,"),
-        nmea("GPRMC,,V,,,,,,,,,,N"),   // cuts
-        "$GPGGA,,,,,,0,,,,M,,M,,*00",  // bad checksum: stays where it is
+        nmea("GPRMC,,V,,,,,,,,,,N"),              // cuts
+        "$GPGGA,,,,,,0,,,,M,,M,,*00",             // bad checksum: stays where it is
         nmea("GPGGA,083000.00,,,,,0,,,,M,,M,,"),  // a time after them: an epoch of its own
         nmea("GPGSA,A,1,,,,,,,,,,,,,,,"),
         nmea("GPGGA,,,,,,0,,,,M,,M,,"),  // repeats the timed epoch's GGA: cuts
@@ -123,10 +123,10 @@ TEST(CaptureSplit, RepeatedSentenceCutsWhereTimesAreMissing) {
     EXPECT_EQ(epochSizes(capture), (std::vector<size_t>{6, 6, 2, 2, 1, 1}));
     std::vector<EpochRule> rules;
     for (const replay::Epoch& epoch : capture.epochs) rules.push_back(epoch.rule);
-    EXPECT_EQ(rules, (std::vector<EpochRule>{EpochRule::kRepeatedSentence,
-                                             EpochRule::kRepeatedSentence,
-                                             EpochRule::kRepeatedSentence, EpochRule::kUtcTime,
-                                             EpochRule::kRepeatedSentence, EpochRule::kUtcTime}));
+    EXPECT_EQ(rules,
+              (std::vector<EpochRule>{EpochRule::kRepeatedSentence, EpochRule::kRepeatedSentence,
+                                      EpochRule::kRepeatedSentence, EpochRule::kUtcTime,
+                                      EpochRule::kRepeatedSentence, EpochRule::kUtcTime}));
     // Epochs without a time follow one interval apart; a time is placed by its own clock.
     EXPECT_EQ(epochTimes(capture), (std::vector<int64_t>{0, 1000, 2000, 3000, 4000, 5000}));
     EXPECT_TRUE(replay::splitCapture(nmea("AIVDM,1,1,,A,H3KL,0") + "\n").epochs.size() == 1);

@@ -16,7 +16,7 @@ import xml.etree.ElementTree as ElementTree
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import phone_log_tally  # noqa: E402
-from check_replay import ROW_MARKS, cycle_rows, figures, rows_marked  # noqa: E402
+from check_replay import ROW_MARKS, epoch_rows, figures, rows_marked  # noqa: E402
 
 SIM, LOGS, WORK = sys.argv[1:4] if len(sys.argv) >= 4 else (None, None, None)
 MORE_LOGS = sys.argv[4] if len(sys.argv) >= 5 else None
@@ -70,7 +70,7 @@ class EveryPhoneLog(unittest.TestCase):
             label = "Fix rows GPS" if provider == "GPS" else "Fix rows %s (skipped)" % provider
             self.assertEqual(got[label], count, label)
         reports = expected["used_gps_per_report"]
-        self.assertEqual(got["satellite reports sent"], len(reports))
+        self.assertEqual(got["satellite reports"], len(reports))
         self.assertEqual(got["reports with fewer than 4 GPS used"],
                          sum(1 for used in reports if used < 4))
         shown = {label: count for label, count in got.items() if USED_GPS.match(label)}
@@ -84,8 +84,8 @@ class EveryPhoneLog(unittest.TestCase):
         self.assertEqual(got["fused locations forwarded"] +
                          got["fused locations dropped (interval rule)"], expected["gps_fixes"])
         tree = ElementTree.parse(svg)
-        rows = cycle_rows(tree)
-        self.assertEqual([int(g.get("data-index")) for g in rows], list(range(got["cycles"])))
+        rows = epoch_rows(tree)
+        self.assertEqual([int(g.get("data-index")) for g in rows], list(range(got["epochs"])))
         for figure, css_class in ROW_MARKS.items():
             self.assertEqual(rows_marked(tree, css_class), got[figure], figure)
 
@@ -97,12 +97,21 @@ class OnTheLogsClock(unittest.TestCase):
         self.assertEqual(result.returncode, 0, result.stderr)
         got = figures(result.stdout)
         # GPSTest's 327 whole fixes run from 18:21:00.209 to 18:26:27 (1612549587000).
-        self.assertEqual(got["cycles"], (1612549587000 - 1612549260209) // 1000 + 1)
+        self.assertEqual(got["epochs"], (1612549587000 - 1612549260209) // 1000 + 1)
+        self.assertEqual(got["epochs by the log's seconds"], got["epochs"])
         self.assertEqual((got["daemon deaths"], got["reconnections"],
                           got["seconds daemon down"]), (1, 1, 10))
 
 
 class NeitherFormat(unittest.TestCase):
+    def test_a_log_without_nmea_rows_or_nmea_file_is_warned_about(self):
+        with_file = replay(os.path.join(LOGS, "gnsslogger-pixel7-android14.txt"))
+        self.assertEqual(with_file.stderr, "")
+        result = replay(os.path.join(LOGS, "gpstest-pixel3a-android11.txt"))
+        self.assertEqual(result.returncode, 0)
+        self.assertIn("gpstest-pixel3a-android11.nmea", result.stderr)
+        self.assertEqual(len(result.stderr.splitlines()), 1, result.stderr)
+
     def test_a_file_of_neither_format_exits_2_with_one_line(self):
         path = os.path.join(WORK, "neither.csv")
         with open(path, "w") as handle:
