@@ -66,10 +66,10 @@ class Replay {
 ReplayReport Replay::run() {
     ReplayReport report;
     report.capture = mOptions.capture;
-    report.settings = RunSettings{mOptions.hal,       mOptions.burst,      mOptions.latencyMs,
-                                  mOptions.jitterMs,  mOptions.coastMs,    mOptions.seed,
-                                  mOptions.intervalMs, mOptions.batching,  mOptions.killAt,
-                                  mOptions.restartAt};
+    report.settings =
+        RunSettings{mOptions.hal,     mOptions.burst,    mOptions.latencyMs,  mOptions.jitterMs,
+                    mOptions.coastMs, mOptions.seed,     mOptions.intervalMs, mOptions.batching,
+                    mOptions.killAt,  mOptions.restartAt};
     report.cut = mInput.cut;
     report.sentences = mInput.sentences;
     report.phoneLog = mInput.phoneLog;

@@ -56,6 +56,10 @@ def rows_marked(tree, css_class):
                if any(e.get("class") == css_class for e in row.iter()))
 
 
+def padded_numbers(tree):
+    return [e.text for e in tree.iter(SVG_NS + "text") if e.get("class") == "padded"]
+
+
 class EveryCapture(unittest.TestCase):
     def test_every_capture_replays_in_each_mode_and_draws_one_row_per_epoch(self):
         paths = sorted(glob.glob(os.path.join(CAPTURES, "*.log")))
@@ -80,6 +84,10 @@ class EveryCapture(unittest.TestCase):
         for figure, css_class in ROW_MARKS.items():
             self.assertEqual(rows_marked(tree, css_class), counts[figure],
                              "%s: %s" % (label, figure))
+        # A padded row shows what the framework got: the receiver's count plus five entries.
+        for shown in padded_numbers(tree):
+            before, after = (int(n) for n in shown.split(" \u2192 "))
+            self.assertEqual(after, before + 5, "%s: padded row shows %s" % (label, shown))
 
     def test_capture_name_stays_text(self):
         name = "<svg onload=\"x\">&amp;'.log"

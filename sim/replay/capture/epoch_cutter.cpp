@@ -118,8 +118,8 @@ class EpochBuilder {
     void addCutByRepeats(size_t from, size_t to) {
         for (size_t i = from; i < to; ++i) {
             const Sentence& sentence = mSentences[i];
-            if (mEpochs.empty() || (sentence.role == TimeRole::kTimeMissing &&
-                                    mSeen.count(sentence.address) > 0)) {
+            if (mEpochs.empty() ||
+                (sentence.role == TimeRole::kTimeMissing && mSeen.count(sentence.address) > 0)) {
                 begin(EpochRule::kRepeatedSentence);
             }
             add(i, i + 1);

@@ -1,7 +1,7 @@
 #include "feed_epochs.h"
 
-#include <cstdint>
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 
 #include "nmea_fields.h"

@@ -25,7 +25,7 @@ struct FeedEvent {
 };
 
 struct FeedEpoch {
-    int64_t atMs = 0;      // virtual time the epoch starts at
+    int64_t atMs = 0;  // virtual time the epoch starts at
     EpochRule rule = EpochRule::kUtcTime;
     std::string utcLabel;  // "hh:mm:ss" (with a fraction for several epochs a second), or ""
     SkipCounts skipped;    // sentences the NMEA decoder left out
@@ -45,8 +45,8 @@ struct EpochCut {
 // then its fix.
 std::vector<FeedEpoch> feedEpochs(const Capture& capture, bool burst);
 
-// A phone log on its own clock, one epoch a second: epoch k holds the events from k * 1000 ms after its first
-// event, each at its own time. With `burst`, a second's NMEA rows go as one chunk, at the
+// A phone log on its own clock, one epoch a second: epoch k holds the events from k * 1000 ms after
+// its first event, each at its own time. With `burst`, a second's NMEA rows go as one chunk, at the
 // place and with the time stamp of the first.
 std::vector<FeedEpoch> feedEpochs(const PhoneLog& log, bool burst);
 

@@ -20,8 +20,8 @@ enum class Source { kNone, kReceiver, kFused, kBoth };
 
 // One epoch (of a capture, or a second of a phone log) as the replay drove and observed it.
 struct EpochRecord {
-    int index = 0;                  // from 0
-    int64_t atMs = 0;               // replay time the epoch starts at
+    int index = 0;     // from 0
+    int64_t atMs = 0;  // replay time the epoch starts at
     EpochRule rule = EpochRule::kUtcTime;
     std::string utcLabel;           // "hh:mm:ss" from the capture, may be empty
     bool hasFix = false;            // the epoch carried a position
@@ -70,8 +70,8 @@ struct ReplayReport {
     EpochCut cut;
     int sentences = 0;
     std::vector<EpochRecord> epochs;
-    int64_t endMs = 0;         // replay time the run ends at
-    int64_t daemonDownMs = 0;  // replay time with the daemon down
+    int64_t endMs = 0;                       // replay time the run ends at
+    int64_t daemonDownMs = 0;                // replay time with the daemon down
     std::optional<PhoneLogCounts> phoneLog;  // what the log held, when it is a phone log
 
     // Totals over all epochs.
@@ -87,10 +87,10 @@ struct ReplayReport {
     std::map<std::string, int> chunksRejected() const;  // reason -> chunks
     int chunksRejectedTotal() const;
     int epochsCutBy(EpochRule rule) const;
-    int satelliteReports() const;      // reports sent, several in an epoch counted apart
+    int satelliteReports() const;  // reports sent, several in an epoch counted apart
     int paddedEpochs() const;
     int batchingReplays() const;
-    int daemonDownEpochs() const;     // epochs that ended with the daemon down
+    int daemonDownEpochs() const;  // epochs that ended with the daemon down
     int epochsWithSource(Source source) const;
     SkipCounts skipped() const;
     int locationsSent() const;

@@ -67,11 +67,11 @@ std::string describeOptions(const ReplayReport& report) {
                                      ? std::string("reporting interval of the library")
                                      : "reporting interval " + std::to_string(s.intervalMs) + " ms";
     return oneLine("HAL " + s.hal + ", NMEA " +
-                   (s.burst ? "burst (whole epoch as one chunk)" : "per sentence") +
-                   ", latency " + std::to_string(s.latencyMs) + " ms, jitter " +
-                   std::to_string(s.jitterMs) + " ms, seed " + std::to_string(s.seed) +
-                   ", coast " + std::to_string(s.coastMs) + " ms, " + interval + ", " +
-                   (s.batching ? "batching" : "no batching") + ", " + daemonPlanText(s));
+                   (s.burst ? "burst (whole epoch as one chunk)" : "per sentence") + ", latency " +
+                   std::to_string(s.latencyMs) + " ms, jitter " + std::to_string(s.jitterMs) +
+                   " ms, seed " + std::to_string(s.seed) + ", coast " + std::to_string(s.coastMs) +
+                   " ms, " + interval + ", " + (s.batching ? "batching" : "no batching") + ", " +
+                   daemonPlanText(s));
 }
 
 std::string describeEpochs(const ReplayReport& report) {

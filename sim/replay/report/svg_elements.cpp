@@ -33,4 +33,12 @@ void line(std::ostream& out, int x1, int y1, int x2, int y2, const std::string& 
         << classAttribute(cssClass) << "/>";
 }
 
+void rect(std::ostream& out, double x, double y, double width, double height,
+          const std::string& cssClass, const std::string& tooltip) {
+    const auto tenth = [](double value) { return std::round(value * 10) / 10; };
+    out << "<rect x=\"" << tenth(x) << "\" y=\"" << tenth(y) << "\" width=\"" << tenth(width)
+        << "\" height=\"" << tenth(height) << '"' << classAttribute(cssClass) << "><title>"
+        << xmlEscaped(tooltip) << "</title></rect>";
+}
+
 }  // namespace replay::svg

@@ -17,5 +17,8 @@ void rect(std::ostream& out, int x, int y, int width, int height, const std::str
 void text(std::ostream& out, int x, int y, const std::string& content,
           const std::string& cssClass = "", bool alignEnd = false);
 void line(std::ostream& out, int x1, int y1, int x2, int y2, const std::string& cssClass);
+// A rectangle at fractional coordinates (to a tenth of a pixel) with a tooltip.
+void rect(std::ostream& out, double x, double y, double width, double height,
+          const std::string& cssClass, const std::string& tooltip);
 
 }  // namespace replay::svg

@@ -1,4 +1,6 @@
-// The timeline's title, options, totals and legend, and the column titles over each block.
+// The timeline's title, options, epochs, totals and legend, and the column titles over each
+// block of rows.
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -30,7 +32,7 @@ const std::vector<LegendLine>& legend() {
          {{"src-receiver", "receiver: the provider reported the receiver's own fix", ""},
           {"src-fused", "fused: the daemon's fused locations were forwarded", ""}}},
         {"",
-         {{"src-both", "both in the same second", ""},
+         {{"src-both", "both in the same epoch", ""},
           {"src-none", "none: no position reached the framework", ""}}},
         {"fused", {{"", "fwd N: fused locations passed to the framework", ""}}},
         {"",
@@ -51,16 +53,22 @@ const std::vector<LegendLine>& legend() {
           {"", "-: none", "dim"}}},
         {"daemon",
          {{"up", "up", ""},
-          {"down", "down at the end of the second", ""},
-          {"", "died / reconnected / +batching: during the second", "died"}}},
+          {"down", "down at the end of the epoch", ""},
+          {"", "died / reconnected / +batching: during the epoch", "died"}}},
         {"rejected",
-         {{"", "NMEA chunks that sent no update: reason, \u00d7N when N of them", "rej"}}},
+         {{"", "NMEA chunks that sent no update: reason, \u00d7N when N of them", "rej"},
+          {"", "grey: no $GPRMC in the chunk, as the input sends it", "dim"}}},
         {"skip",
          {{"",
            "sentences the decoder skipped (bad or no checksum, empty fields, "
            "proprietary, unreadable)",
            "dim"}}},
-        {"", {{"", "Hover over a row for all its figures.", "dim"}}},
+        {"overview",
+         {{"",
+           "the whole run on one time axis, a lane per track; the satellite bars rise with "
+           "the GPS satellites used (full at 12)",
+           "dim"}}},
+        {"", {{"", "Hover over a row, or a stretch of the overview, for its figures.", "dim"}}},
     };
     return lines;
 }
@@ -79,7 +87,8 @@ void writeLegendLine(const LegendLine& line, int baseline, std::ostream& out) {
 }
 
 std::string totalsLine(const ReplayReport& report) {
-    return std::to_string(report.epochs.size()) + " epochs, " + std::to_string(report.sentences) +
+    return std::to_string(report.epochs.size()) + " epochs in " +
+           std::to_string((report.endMs + 999) / 1000) + " s, " + std::to_string(report.sentences) +
            " sentences, " + std::to_string(report.fixes()) + " fixes; provider reported " +
            std::to_string(report.providerReported()) + ", fused forwarded " +
            std::to_string(report.fusedForwarded()) + ", dropped " +
@@ -105,24 +114,49 @@ std::string phoneLogLine(const ReplayReport& report) {
     return line + "; rows skipped " + std::to_string(skipped);
 }
 
+std::vector<std::string> headingLines(const ReplayReport& report) {
+    std::vector<std::string> lines = {describeOptions(report), describeEpochs(report),
+                                      totalsLine(report)};
+    if (report.phoneLog) lines.push_back(phoneLogLine(report));
+    return lines;
+}
+
+int legendLineWidth(const LegendLine& line) {
+    int x = kLegendTextX;
+    for (const LegendItem& item : line.items) {
+        if (!item.swatchClass.empty()) x += kSwatchWidth + 4;
+        x += svg::textWidth(item.text) + 20;
+    }
+    return x;
+}
+
 }  // namespace
 
-int writeHeading(const ReplayReport& report, std::ostream& out) {
-    int y = kMargin + 16;
+int headingWidth(const ReplayReport& report) {
+    int width = kMargin + svg::textWidth("Replay of " + report.capture) * 3 / 2;
+    for (const std::string& line : headingLines(report)) {
+        width = std::max(width, kMargin + svg::textWidth(line));
+    }
+    for (const LegendLine& line : legend()) width = std::max(width, legendLineWidth(line));
+    return width + kMargin;
+}
+
+int writeHeading(const ReplayReport& report, int y, std::ostream& out) {
+    y += 16;
     out << "<g class=\"heading\">";
     svg::text(out, kMargin, y, "Replay of " + report.capture, "title");
-    y += kLineHeight + 4;
-    svg::text(out, kMargin, y, describeOptions(report));
-    y += kLineHeight;
-    svg::text(out, kMargin, y, describeEpochs(report));
-    y += kLineHeight;
-    svg::text(out, kMargin, y, totalsLine(report));
-    if (report.phoneLog) {
+    y += 4;
+    for (const std::string& line : headingLines(report)) {
         y += kLineHeight;
-        svg::text(out, kMargin, y, phoneLogLine(report));
+        svg::text(out, kMargin, y, line);
     }
-    out << "</g>\n<g class=\"legend\">";
-    y += kLineHeight + 8;
+    out << "</g>\n";
+    return y + 8;
+}
+
+int writeLegend(int y, std::ostream& out) {
+    out << "<g class=\"legend\">";
+    y += kLineHeight;
     for (const LegendLine& line : legend()) {
         writeLegendLine(line, y, out);
         y += kLineHeight;
@@ -131,25 +165,25 @@ int writeHeading(const ReplayReport& report, std::ostream& out) {
     return y;
 }
 
-void writeColumnTitles(int y, std::ostream& out) {
+void writeColumnTitles(const Columns& c, int y, std::ostream& out) {
     const int baseline = y + 13;
     out << "<g class=\"columns\">";
-    svg::text(out, kIndexEnd, baseline, "sec", "lane", true);
-    svg::text(out, kUtcX, baseline, "utc", "lane");
-    svg::text(out, kSourceX, baseline, "source", "lane");
-    svg::text(out, kFusedX, baseline, "fused", "lane");
-    svg::text(out, kSatellitesX, baseline, "satellites used", "lane");
-    svg::text(out, kRmcX, baseline, "RMC valid", "lane");
-    svg::text(out, kDaemonX, baseline, "daemon", "lane");
-    svg::text(out, kRejectedX, baseline, "rejected chunks", "lane");
-    svg::text(out, kSkippedX, baseline, "skip", "lane");
-    svg::line(out, kMargin, y + kColumnTitleHeight - 1, kWidth - kMargin,
+    svg::text(out, c.indexEnd, baseline, "epoch", "lane", true);
+    svg::text(out, c.utc, baseline, "utc", "lane");
+    svg::text(out, c.source, baseline, "source", "lane");
+    svg::text(out, c.fused, baseline, "fused", "lane");
+    svg::text(out, c.satellites, baseline, "satellites used", "lane");
+    svg::text(out, c.rmc, baseline, "RMC valid", "lane");
+    svg::text(out, c.daemon, baseline, "daemon", "lane");
+    svg::text(out, c.rejected, baseline, "rejected chunks", "lane");
+    svg::text(out, c.skipped, baseline, "skip", "lane");
+    svg::line(out, kMargin, y + kColumnTitleHeight - 1, c.right - kMargin,
               y + kColumnTitleHeight - 1, "rule");
     out << "</g>\n";
 }
 
-void writeThresholdLine(int y, int rows, std::ostream& out) {
-    const int x = kSatellitesX + kPaddingThreshold * kSatelliteWidth;
+void writeThresholdLine(const Columns& c, int y, int rows, std::ostream& out) {
+    const int x = c.satellites + kPaddingThreshold * kSatelliteWidth;
     svg::line(out, x, y, x, y + rows * kRowHeight, "threshold");
     out << '\n';
 }

@@ -1,8 +1,11 @@
-// Where things go in the timeline picture: one 14 px row per second, top to bottom, and
-// fixed columns (lanes) across it. The column titles repeat above every minute of rows.
+// Where things go in the timeline picture: the heading, an overview of the whole run on a
+// time axis (one lane per track), the legend, then the detail: one 14 px row per epoch, top
+// to bottom, in columns as wide as their widest content. The column titles repeat above
+// every 60 rows. The document is as wide as its widest part.
 #pragma once
 
 #include <ostream>
+#include <string>
 
 #include "replay_report.h"
 
@@ -13,40 +16,51 @@ constexpr int kRowHeight = 14;
 constexpr int kBaseline = 11;  // of text within a row
 constexpr int kRowsPerBlock = 60;
 constexpr int kColumnTitleHeight = 18;
-
-constexpr int kIndexEnd = 48;  // right edge of the second's index
-constexpr int kUtcX = 56;
-constexpr int kSourceX = 118;
-constexpr int kSourceWidth = 64;
-constexpr int kFusedX = 190;
-constexpr int kDropX = 238;
-constexpr int kSatellitesX = 292;
 constexpr int kSatelliteWidth = 5;    // bar length per satellite
 constexpr int kSatellitesDrawn = 24;  // longer bars are cut; the numbers beside them are not
 constexpr int kPaddingThreshold = 4;  // fewer used satellites than this get padded
-constexpr int kSatelliteNumbersX = kSatellitesX + kSatellitesDrawn * kSatelliteWidth + 6;
-constexpr int kRmcX = 480;
+constexpr int kMinimumWidth = 900;
+
+// What a row shows in words, cell by cell; the columns are sized to these.
+struct RowTexts {
+    std::string index, utc, fused, dropped, satellites, daemonEvents, rejected, skipped;
+};
+RowTexts rowTexts(const EpochRecord& epoch);
+
+// The detail table's columns: x of each (text starts there, the index ends there) and the
+// right edge of the table.
+struct Columns {
+    int indexEnd = 0, utc = 0, source = 0, fused = 0, drop = 0, satellites = 0,
+        satelliteNumbers = 0, rmc = 0, daemon = 0, events = 0, rejected = 0, skipped = 0, right = 0;
+};
+constexpr int kSourceWidth = 64;
 constexpr int kRmcWidth = 60;
-constexpr int kDaemonX = 550;
 constexpr int kDaemonWidth = 12;
-constexpr int kEventsX = 568;
-constexpr int kRejectedX = 746;
-constexpr int kRejectedCharacters = 42;
-constexpr int kSkippedX = 1040;
-constexpr int kWidth = 1100;
+
+Columns columnsFor(const ReplayReport& report);
 
 // Top of the row of epoch `index` when the rows start at `rowsTop`.
 inline int rowTop(int rowsTop, int index) {
     return rowsTop + (index / kRowsPerBlock + 1) * kColumnTitleHeight + index * kRowHeight;
 }
 
-// Title, options, totals and legend; returns the y at which the rows start.
-int writeHeading(const ReplayReport& report, std::ostream& out);
+// Rejections that come with the input rather than a fault: a chunk without $GPRMC (every
+// sentence but the RMC when sent one by one, every chunk of a $GN receiver) sends no update.
+bool isExpectedRejection(const std::string& reason);
+
+// Widest line of the heading and legend, for the document's width.
+int headingWidth(const ReplayReport& report);
+// Title, options, epochs, totals; returns the y below it.
+int writeHeading(const ReplayReport& report, int y, std::ostream& out);
+// The overview of the whole run, `width` wide; returns the y below it.
+int writeOverview(const ReplayReport& report, int y, int width, std::ostream& out);
+// The legend of both parts; returns the y below it.
+int writeLegend(int y, std::ostream& out);
 // The column titles above a block of rows whose first row starts at y + kColumnTitleHeight.
-void writeColumnTitles(int y, std::ostream& out);
+void writeColumnTitles(const Columns& columns, int y, std::ostream& out);
 // The dashed line at the padding threshold down a block of `rows` rows starting at y.
-void writeThresholdLine(int y, int rows, std::ostream& out);
+void writeThresholdLine(const Columns& columns, int y, int rows, std::ostream& out);
 // One <g class="epoch"> row.
-void writeEpochRow(const EpochRecord& epoch, int y, std::ostream& out);
+void writeEpochRow(const EpochRecord& epoch, const Columns& columns, int y, std::ostream& out);
 
 }  // namespace replay::timeline

@@ -1,7 +1,8 @@
-// One second of the timeline: a <g class="epoch"> row with a cell in every lane, and a
-// tooltip that spells out all of the second's figures.
+// One epoch of the timeline's detail: a <g class="epoch"> row with a cell in every column,
+// and a tooltip that spells out all of the epoch's figures.
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "svg_elements.h"
 #include "text_escape.h"
@@ -33,30 +34,26 @@ std::string times(int count) {
     return count > 1 ? " \u00d7" + std::to_string(count) : "";
 }
 
-std::string rejectedText(const EpochRecord& epoch) {
+// The rejections of one kind (expected or not), "reason ×N; reason".
+std::string rejectedText(const EpochRecord& epoch, bool expected) {
     std::string text;
     for (const auto& [reason, count] : epoch.chunksRejected) {
-        if (count <= 0) continue;
+        if (count <= 0 || isExpectedRejection(reason) != expected) continue;
         if (!text.empty()) text += "; ";
         text += oneLine(reason) + times(count);
     }
     return text;
 }
 
+std::string rejectedText(const EpochRecord& epoch) {
+    const std::string faults = rejectedText(epoch, false);
+    const std::string expected = rejectedText(epoch, true);
+    return faults + (faults.empty() || expected.empty() ? "" : "; ") + expected;
+}
+
 int skippedTotal(const SkipCounts& skipped) {
     return skipped.badChecksum + skipped.noChecksum + skipped.emptyFields + skipped.proprietary +
            skipped.unreadable;
-}
-
-// Cuts text to `limit` characters, the last one an ellipsis, without splitting a character.
-std::string clipped(const std::string& text, size_t limit) {
-    if (characterCount(text) <= limit) return text;
-    size_t kept = 0;
-    size_t end = 0;
-    for (; end < text.size(); ++end) {
-        if ((static_cast<unsigned char>(text[end]) & 0xC0) != 0x80 && ++kept == limit) break;
-    }
-    return text.substr(0, end) + "\u2026";
 }
 
 std::string satellitesText(const EpochRecord& epoch) {
@@ -68,8 +65,19 @@ std::string satellitesText(const EpochRecord& epoch) {
     return before + " \u2192 " + std::to_string(epoch.usedAfter);
 }
 
+std::string daemonEvents(const EpochRecord& epoch) {
+    std::string text;
+    for (const auto& [happened, word] : {std::pair<bool, const char*>{epoch.daemonDied, "died"},
+                                         {epoch.reconnected, "reconnected"},
+                                         {epoch.batchingReplayed, "+batching"}}) {
+        if (happened) text += (text.empty() ? "" : " ") + std::string(word);
+    }
+    return text;
+}
+
 std::string details(const EpochRecord& epoch) {
-    std::string text = "second " + std::to_string(epoch.index);
+    std::string text =
+        "epoch " + std::to_string(epoch.index) + " at " + std::to_string(epoch.atMs) + " ms";
     if (!epoch.utcLabel.empty()) text += " (" + epoch.utcLabel + ")";
     text += std::string(epoch.hasFix ? ": fix" : ": no fix") +
             "; position to the framework: " + sourceName(epoch.source()) +
@@ -96,29 +104,25 @@ std::string details(const EpochRecord& epoch) {
     return text;
 }
 
-void writeSource(const EpochRecord& epoch, std::ostream& out) {
+void writeSource(const EpochRecord& epoch, const Columns& c, std::ostream& out) {
     const std::string name = sourceName(epoch.source());
-    svg::rect(out, kSourceX, kCellTop, kSourceWidth, kCellHeight, "src-" + name);
-    svg::text(out, kSourceX + 4, kBaseline, name, epoch.source() == Source::kNone ? "dim" : "on");
+    svg::rect(out, c.source, kCellTop, kSourceWidth, kCellHeight, "src-" + name);
+    svg::text(out, c.source + 4, kBaseline, name, epoch.source() == Source::kNone ? "dim" : "on");
 }
 
-void writeFused(const EpochRecord& epoch, std::ostream& out) {
-    if (epoch.fusedForwarded > 0) {
-        svg::text(out, kFusedX, kBaseline, "fwd " + std::to_string(epoch.fusedForwarded));
-    }
-    if (epoch.fusedDropped > 0) {
-        svg::text(out, kDropX, kBaseline, "drop " + std::to_string(epoch.fusedDropped), "drop");
-    }
+void writeFused(const RowTexts& texts, const Columns& c, std::ostream& out) {
+    if (!texts.fused.empty()) svg::text(out, c.fused, kBaseline, texts.fused);
+    if (!texts.dropped.empty()) svg::text(out, c.drop, kBaseline, texts.dropped, "drop");
 }
 
 int barLength(int satellites) {
     return std::clamp(satellites, 0, kSatellitesDrawn) * kSatelliteWidth;
 }
 
-void writeSatellites(const EpochRecord& epoch, std::ostream& out) {
+void writeSatellites(const EpochRecord& epoch, const Columns& c, std::ostream& out) {
     const bool counted = epoch.usedBefore >= 0;
     const bool listed = epoch.usedAfter >= 0;
-    int end = kSatellitesX;
+    int end = c.satellites;
     const auto bar = [&](int length, const char* cssClass) {
         if (length <= 0) return false;
         svg::rect(out, end, kBarTop, length, kBarHeight, cssClass);
@@ -138,64 +142,88 @@ void writeSatellites(const EpochRecord& epoch, std::ostream& out) {
     // A padded second always shows some orange, even when the counts do not say how much.
     if (epoch.padded && !padShown) bar(2, "pad");
     const bool any = counted || listed;
-    svg::text(out, kSatelliteNumbersX, kBaseline, any ? satellitesText(epoch) : "-",
+    svg::text(out, c.satelliteNumbers, kBaseline, any ? satellitesText(epoch) : "-",
               epoch.padded ? "padded" : (any ? "" : "dim"));
 }
 
-void writeRmc(const EpochRecord& epoch, std::ostream& out) {
+void writeRmc(const EpochRecord& epoch, const Columns& c, std::ostream& out) {
     const int trues = epoch.rmcValidTrue;
     const int falses = epoch.rmcValidFalse;
     if (trues > 0 && falses > 0) {
-        svg::rect(out, kRmcX, kCellTop, kRmcWidth / 2, kCellHeight, "rmc-true");
-        svg::rect(out, kRmcX + kRmcWidth / 2, kCellTop, kRmcWidth / 2, kCellHeight, "rmc-false");
-        svg::text(out, kRmcX + 3, kBaseline, "T" + std::to_string(trues), "on");
-        svg::text(out, kRmcX + kRmcWidth / 2 + 3, kBaseline, "F" + std::to_string(falses), "on");
+        svg::rect(out, c.rmc, kCellTop, kRmcWidth / 2, kCellHeight, "rmc-true");
+        svg::rect(out, c.rmc + kRmcWidth / 2, kCellTop, kRmcWidth / 2, kCellHeight, "rmc-false");
+        svg::text(out, c.rmc + 3, kBaseline, "T" + std::to_string(trues), "on");
+        svg::text(out, c.rmc + kRmcWidth / 2 + 3, kBaseline, "F" + std::to_string(falses), "on");
     } else if (trues > 0 || falses > 0) {
-        svg::rect(out, kRmcX, kCellTop, kRmcWidth, kCellHeight,
+        svg::rect(out, c.rmc, kCellTop, kRmcWidth, kCellHeight,
                   trues > 0 ? "rmc-true" : "rmc-false");
-        svg::text(out, kRmcX + 3, kBaseline, (trues > 0 ? "true" : "false") + times(trues + falses),
+        svg::text(out, c.rmc + 3, kBaseline, (trues > 0 ? "true" : "false") + times(trues + falses),
                   "on");
     } else {
-        svg::text(out, kRmcX + 3, kBaseline, "-", "dim");
+        svg::text(out, c.rmc + 3, kBaseline, "-", "dim");
     }
 }
 
-void writeDaemon(const EpochRecord& epoch, std::ostream& out) {
-    svg::rect(out, kDaemonX, 0, kDaemonWidth, kRowHeight, epoch.daemonUp ? "up" : "down");
-    int x = kEventsX;
+void writeDaemon(const EpochRecord& epoch, const Columns& c, std::ostream& out) {
+    svg::rect(out, c.daemon, 0, kDaemonWidth, kRowHeight, epoch.daemonUp ? "up" : "down");
+    int x = c.events;
     const auto event = [&](bool happened, const std::string& word, const std::string& cssClass) {
         if (!happened) return;
         svg::text(out, x, kBaseline, word, cssClass);
-        x += svg::textWidth(word) + 7;
+        x += svg::textWidth(word + " ");
     };
     event(epoch.daemonDied, "died", "died");
     event(epoch.reconnected, "reconnected", "back");
     event(epoch.batchingReplayed, "+batching", "batch");
 }
 
-void writeRejectedAndSkipped(const EpochRecord& epoch, std::ostream& out) {
-    const std::string rejected = rejectedText(epoch);
-    if (!rejected.empty()) {
-        svg::text(out, kRejectedX, kBaseline, clipped(rejected, kRejectedCharacters), "rej");
+// Rejections that point at a fault in red, those that come with the input in grey.
+void writeRejectedAndSkipped(const EpochRecord& epoch, const RowTexts& texts, const Columns& c,
+                             std::ostream& out) {
+    const std::string faults = rejectedText(epoch, false);
+    const std::string expected = rejectedText(epoch, true);
+    if (!faults.empty()) svg::text(out, c.rejected, kBaseline, faults, "rej");
+    if (!expected.empty()) {
+        const int x = c.rejected + (faults.empty() ? 0 : svg::textWidth(faults + "; "));
+        svg::text(out, x, kBaseline, expected, "dim");
     }
-    const int skipped = skippedTotal(epoch.skipped);
-    if (skipped > 0) svg::text(out, kSkippedX, kBaseline, std::to_string(skipped), "dim");
+    if (!texts.skipped.empty()) svg::text(out, c.skipped, kBaseline, texts.skipped, "dim");
 }
 
 }  // namespace
 
-void writeEpochRow(const EpochRecord& epoch, int y, std::ostream& out) {
+bool isExpectedRejection(const std::string& reason) {
+    return reason == "no $GPRMC sentence";
+}
+
+RowTexts rowTexts(const EpochRecord& epoch) {
+    RowTexts texts;
+    texts.index = std::to_string(epoch.index);
+    texts.utc = epoch.utcLabel;
+    if (epoch.fusedForwarded > 0) texts.fused = "fwd " + std::to_string(epoch.fusedForwarded);
+    if (epoch.fusedDropped > 0) texts.dropped = "drop " + std::to_string(epoch.fusedDropped);
+    const bool any = epoch.usedBefore >= 0 || epoch.usedAfter >= 0;
+    texts.satellites = any ? satellitesText(epoch) : "-";
+    texts.daemonEvents = daemonEvents(epoch);
+    texts.rejected = rejectedText(epoch);
+    const int skipped = skippedTotal(epoch.skipped);
+    if (skipped > 0) texts.skipped = std::to_string(skipped);
+    return texts;
+}
+
+void writeEpochRow(const EpochRecord& epoch, const Columns& c, int y, std::ostream& out) {
+    const RowTexts texts = rowTexts(epoch);
     out << "<g class=\"epoch\" data-index=\"" << epoch.index << "\" transform=\"translate(0," << y
         << ")\"><title>" << xmlEscaped(details(epoch)) << "</title>";
-    if (epoch.index % 2 != 0) svg::rect(out, kMargin, 0, kWidth - 2 * kMargin, kRowHeight, "zebra");
-    svg::text(out, kIndexEnd, kBaseline, std::to_string(epoch.index), "", true);
-    svg::text(out, kUtcX, kBaseline, epoch.utcLabel, epoch.hasFix ? "" : "dim");
-    writeSource(epoch, out);
-    writeFused(epoch, out);
-    writeSatellites(epoch, out);
-    writeRmc(epoch, out);
-    writeDaemon(epoch, out);
-    writeRejectedAndSkipped(epoch, out);
+    if (epoch.index % 2 != 0) svg::rect(out, kMargin, 0, c.right - kMargin, kRowHeight, "zebra");
+    svg::text(out, c.indexEnd, kBaseline, texts.index, "", true);
+    svg::text(out, c.utc, kBaseline, texts.utc, epoch.hasFix ? "" : "dim");
+    writeSource(epoch, c, out);
+    writeFused(texts, c, out);
+    writeSatellites(epoch, c, out);
+    writeRmc(epoch, c, out);
+    writeDaemon(epoch, c, out);
+    writeRejectedAndSkipped(epoch, texts, c, out);
     out << "</g>\n";
 }
 

@@ -1,8 +1,9 @@
-// The timeline document: heading and legend, then the epochs in blocks of one minute, each
-// block under its own column titles.
+// The timeline document: heading, overview and legend, then the epochs in blocks of 60 rows,
+// each block under its own column titles.
 #include <algorithm>
 #include <sstream>
 
+#include "replay_report.h"
 #include "svg_elements.h"
 #include "text_escape.h"
 #include "timeline_layout.h"
@@ -38,50 +39,54 @@ text.on{fill:#ffffff}
 .batch{fill:#00838f}
 .drop{fill:#e65100}
 .rej{fill:#c62828}
+.rej-fault{fill:#c62828}
+.rmc-both{fill:#fbc02d}
+.lane-bg{fill:#f5f5f5}
+.died-mark{fill:#b71c1c}
+.back-mark{fill:#1b5e20}
 )css";
 
-int documentHeight(int rowsTop, int epochs) {
-    const int blocks = std::max(1, (epochs + kRowsPerBlock - 1) / kRowsPerBlock);
-    return rowsTop + blocks * kColumnTitleHeight + std::max(epochs, 1) * kRowHeight + kMargin;
-}
-
-void writeRows(const ReplayReport& report, int rowsTop, std::ostream& out) {
+void writeRows(const ReplayReport& report, const Columns& columns, int rowsTop, std::ostream& out) {
     const int count = static_cast<int>(report.epochs.size());
     if (count == 0) {
-        writeColumnTitles(rowsTop, out);
+        writeColumnTitles(columns, rowsTop, out);
         svg::text(out, kMargin, rowsTop + kColumnTitleHeight + kBaseline, "no epochs", "dim");
         return;
     }
     for (int first = 0; first < count; first += kRowsPerBlock) {
         const int rows = std::min(kRowsPerBlock, count - first);
         const int blockTop = rowTop(rowsTop, first);
-        writeColumnTitles(blockTop - kColumnTitleHeight, out);
+        writeColumnTitles(columns, blockTop - kColumnTitleHeight, out);
         for (int i = first; i < first + rows; ++i) {
-            writeEpochRow(report.epochs[i], rowTop(rowsTop, i), out);
+            writeEpochRow(report.epochs[i], columns, rowTop(rowsTop, i), out);
         }
-        writeThresholdLine(blockTop, rows, out);
+        writeThresholdLine(columns, blockTop, rows, out);
     }
 }
 
 }  // namespace
 
 void writeTimelineSvg(const ReplayReport& report, std::ostream& out) {
-    // The heading's height does not depend on the report, so it is measured on a scratch
-    // stream first to size the document.
-    std::ostringstream heading;
-    const int rowsTop = writeHeading(report, heading);
-    const int height = documentHeight(rowsTop, static_cast<int>(report.epochs.size()));
+    const Columns columns = columnsFor(report);
+    const int width = std::max({columns.right, headingWidth(report), kMinimumWidth});
+    std::ostringstream body;
+    int y = writeHeading(report, kMargin, body);
+    y = writeOverview(report, y, width - 2 * kMargin, body);
+    y = writeLegend(y, body);
+    svg::text(body, kMargin, y + 20, "Epoch by epoch", "lane");
+    const int rowsTop = y + 26;
+    writeRows(report, columns, rowsTop, body);
+    const int count = static_cast<int>(report.epochs.size());
+    const int height = rowTop(rowsTop, std::max(count, 1)) + kMargin;
 
     out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-        << "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\" width=\"" << kWidth
-        << "\" height=\"" << height << "\" viewBox=\"0 0 " << kWidth << ' ' << height << "\">\n"
+        << "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\" width=\"" << width
+        << "\" height=\"" << height << "\" viewBox=\"0 0 " << width << ' ' << height << "\">\n"
         << "<title>" << xmlEscaped("Replay of " + report.capture) << "</title>\n"
         << "<style type=\"text/css\"><![CDATA[" << kStyle << "]]></style>\n"
-        << "<rect x=\"0\" y=\"0\" width=\"" << kWidth << "\" height=\"" << height
+        << "<rect x=\"0\" y=\"0\" width=\"" << width << "\" height=\"" << height
         << "\" fill=\"#ffffff\"/>\n"
-        << heading.str();
-    writeRows(report, rowsTop, out);
-    out << "</svg>\n";
+        << body.str() << "</svg>\n";
 }
 
 }  // namespace replay
