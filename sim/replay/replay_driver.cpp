@@ -58,8 +58,7 @@ class Replay {
     sp<V2_0::IGnssCallback> mFramework;  // the world's recording callback
     bool mDaemonUp = false;
     bool mConnected = false;
-    int64_t mDownSinceMs = 0;
-    int64_t mDownMs = 0;    // replay time the daemon was down, up to its last registration
+    std::vector<ReplayReport::Downtime> mDowntimes;
     int mLastHalUsed = -1;  // used GPS satellites of the last report the HAL sent
 };
 
@@ -81,7 +80,8 @@ ReplayReport Replay::run() {
             i + 1 < mInput.epochs.size() ? mInput.epochs[i + 1].atMs : report.endMs;
         runEpoch(static_cast<int>(i), mInput.epochs[i], endMs, &report.epochs[i]);
     }
-    report.daemonDownMs = mDownMs + (mDaemonUp ? 0 : report.endMs - mDownSinceMs);
+    if (!mDaemonUp && !mDowntimes.empty()) mDowntimes.back().toMs = report.endMs;
+    report.downtimes = mDowntimes;
     shutDown();
     return report;
 }
@@ -196,12 +196,12 @@ void Replay::applyDaemonAction(const DaemonAction& action) {
          std::to_string(action.atMs) + " ms");
     if (action.kill && mDaemonUp && daemon("kill")) {
         mDaemonUp = false;
-        mDownSinceMs = action.atMs;
+        mDowntimes.push_back({action.atMs, action.atMs});
         mEngine.forget();
     }
     if (!action.kill && !mDaemonUp) {
         mDaemonUp = daemon("register");
-        if (mDaemonUp) mDownMs += action.atMs - mDownSinceMs;
+        if (mDaemonUp && !mDowntimes.empty()) mDowntimes.back().toMs = action.atMs;
     }
     if (mark.since(Seen::kDaemonDied) > 0) mConnected = false;
     if (mark.since(Seen::kConnected) > 0) mConnected = true;

@@ -170,6 +170,48 @@ class DaemonCrash(unittest.TestCase):
         # Fused locations reach the framework again after the restart.
         first("get location from Tarvi1.5", start)
 
+    def test_overview_covers_the_run_and_marks_the_death_and_return(self):
+        svg = os.path.join(WORK, "overview.svg")
+        result = replay(capture("gpsd-haicom-305N.log"), "--kill-at", "30", "--restart-at",
+                        "40", "--svg", svg)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        overview = [g for g in ElementTree.parse(svg).iter(SVG_NS + "g")
+                    if g.get("class") == "overview"]
+        self.assertEqual(len(overview), 1)
+        rects = list(overview[0].iter(SVG_NS + "rect"))
+
+        def lane(*classes):
+            found = [r for r in rects if r.get("class") in classes]
+            top = min(float(r.get("y")) for r in found)  # the first lane these classes fill
+            return [(float(r.get("x")), float(r.get("width"))) for r in found
+                    if float(r.get("y")) == top]
+
+        daemon = sorted(lane("up", "down"))
+        # The daemon lane is three stretches end to end: up, down from 30 s to 40 s, up.
+        self.assertEqual([r.get("class") for r in rects if r.get("class") in ("up", "down")],
+                         ["up", "down", "up"])
+        for (x, width), (next_x, _) in zip(daemon, daemon[1:]):
+            self.assertAlmostEqual(x + width, next_x, delta=0.2)
+        source = sorted(lane("src-receiver", "src-fused", "src-both", "src-none"))
+        self.assertAlmostEqual(source[0][0], daemon[0][0], delta=0.2)
+        self.assertAlmostEqual(sum(width for _, width in source),
+                               sum(width for _, width in daemon), delta=0.1 * len(source))
+        seconds = figures(result.stdout)["seconds replayed"]
+        down = [width for x, width in daemon][1]
+        self.assertAlmostEqual(down / sum(width for _, width in daemon), 10 / seconds, delta=0.01)
+        self.assertEqual((len(lane("died-mark")), len(lane("back-mark"))), (1, 1))
+
+    def test_a_death_and_return_in_one_epoch_stay_in_their_column(self):
+        svg = os.path.join(WORK, "same-second.svg")
+        replay(capture("gpsd-haicom-305N.log"), "--kill-at", "30", "--restart-at", "30",
+               "--svg", svg)
+        row = [g for g in epoch_rows(ElementTree.parse(svg))
+               if any(e.get("class") == "died" for e in g.iter())][0]
+        texts = {e.get("class"): float(e.get("x")) for e in row.iter(SVG_NS + "text")}
+        events_end = texts["died"] + 6.7 * len("died reconnected +batching")
+        self.assertGreaterEqual(min(x for c, x in texts.items() if c in ("rej", "dim")),
+                                events_end)
+
     def test_without_batching_nothing_is_replayed(self):
         result = replay(capture("gpsd-haicom-305N.log"), "--kill-at", "5", "--restart-at", "6",
                         "--no-batching")

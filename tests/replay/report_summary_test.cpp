@@ -46,7 +46,7 @@ ReplayReport handBuiltRun(const std::string& capture, const std::string& oddReas
     report.settings.killAt = {3}, report.settings.restartAt = {4, 9};
     report.cut.linesNotNmea = 2, report.cut.timeBreaks = 1, report.cut.cycleEnder = "GPRMC";
     report.sentences = 123;
-    report.endMs = 6500, report.daemonDownMs = 1600;
+    report.endMs = 6500, report.downtimes = {{3000, 4000}, {5900, 6500}};
     for (const Row& row : rows) {
         EpochRecord c;
         c.index = static_cast<int>(report.epochs.size());

@@ -70,8 +70,11 @@ struct ReplayReport {
     EpochCut cut;
     int sentences = 0;
     std::vector<EpochRecord> epochs;
-    int64_t endMs = 0;                       // replay time the run ends at
-    int64_t daemonDownMs = 0;                // replay time with the daemon down
+    int64_t endMs = 0;  // replay time the run ends at
+    struct Downtime {
+        int64_t fromMs = 0, toMs = 0;  // the daemon died, and registered again (or the run ended)
+    };
+    std::vector<Downtime> downtimes;
     std::optional<PhoneLogCounts> phoneLog;  // what the log held, when it is a phone log
 
     // Totals over all epochs.
@@ -91,6 +94,7 @@ struct ReplayReport {
     int paddedEpochs() const;
     int batchingReplays() const;
     int daemonDownEpochs() const;  // epochs that ended with the daemon down
+    int64_t daemonDownMs() const;  // replay time with the daemon down
     int epochsWithSource(Source source) const;
     SkipCounts skipped() const;
     int locationsSent() const;

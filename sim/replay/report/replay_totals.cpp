@@ -89,6 +89,11 @@ int ReplayReport::batchingReplays() const {
 int ReplayReport::daemonDownEpochs() const {
     return countEpochs(epochs, [](const EpochRecord& epoch) { return !epoch.daemonUp; });
 }
+int64_t ReplayReport::daemonDownMs() const {
+    int64_t total = 0;
+    for (const Downtime& downtime : downtimes) total += downtime.toMs - downtime.fromMs;
+    return total;
+}
 int ReplayReport::epochsWithSource(Source source) const {
     return countEpochs(epochs,
                        [source](const EpochRecord& epoch) { return epoch.source() == source; });

@@ -84,7 +84,7 @@ void addDaemon(const ReplayReport& report, SummaryTable* table) {
     table->figure("daemon deaths", report.deaths());
     table->figure("reconnections", report.reconnections());
     table->figure("batching replays", report.batchingReplays());
-    table->figure("seconds daemon down", static_cast<int>((report.daemonDownMs + 500) / 1000));
+    table->figure("seconds daemon down", static_cast<int>((report.daemonDownMs() + 500) / 1000));
     table->figure("epochs daemon down", report.daemonDownEpochs());
 }
 

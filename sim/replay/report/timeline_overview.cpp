@@ -118,14 +118,10 @@ Look rejectedLook(const EpochRecord& e) {
     return {"rej-fault", 1, "rejected: " + reasons};
 }
 
-Look daemonLook(const EpochRecord& e) {
-    return e.daemonUp ? Look{"up", 1, "daemon up"} : Look{"down", 1, "daemon down"};
-}
-
 const std::vector<Lane>& lanes() {
     static const std::vector<Lane> all = {
         {"source", sourceLook}, {"fused", fusedLook},       {"satellites", satellitesLook},
-        {"RMC valid", rmcLook}, {"rejected", rejectedLook}, {"daemon", daemonLook},
+        {"RMC valid", rmcLook}, {"rejected", rejectedLook},
     };
     return all;
 }
@@ -172,12 +168,30 @@ void writeLane(const ReplayReport& report, const std::vector<EpochRecord>& epoch
     }
 }
 
-// Marks at the daemon's deaths and reconnections, over its lane.
-void writeDaemonEvents(const ReplayReport& report, const Scale& scale, int top, std::ostream& out) {
-    for (const EpochRecord& e : report.epochs) {
-        const int x = static_cast<int>(scale.x(e.atMs));
-        if (e.daemonDied) svg::rect(out, x - 1, top - 3, 3, kLaneHeight + 6, "died-mark");
-        if (e.reconnected) svg::rect(out, x - 1, top - 3, 3, kLaneHeight + 6, "back-mark");
+// The daemon's lane at the moments it died and registered again, not epoch by epoch.
+void writeDaemonLane(const ReplayReport& report, const Scale& scale, int top, std::ostream& out) {
+    svg::text(out, kMargin, top + kLaneHeight - 4, "daemon", "lane");
+    int64_t upFrom = 0;
+    const auto up = [&](int64_t toMs) {
+        if (toMs <= upFrom) return;
+        svg::rect(out, scale.x(upFrom), top, scale.x(toMs) - scale.x(upFrom), kLaneHeight, "up",
+                  clock(upFrom) + "\u2013" + clock(toMs) + ": daemon up");
+    };
+    for (const ReplayReport::Downtime& down : report.downtimes) {
+        up(down.fromMs);
+        svg::rect(out, scale.x(down.fromMs), top,
+                  std::max(scale.x(down.toMs) - scale.x(down.fromMs), 0.6), kLaneHeight, "down",
+                  clock(down.fromMs) + "\u2013" + clock(down.toMs) + ": daemon down");
+        upFrom = down.toMs;
+    }
+    up(report.endMs);
+    for (const ReplayReport::Downtime& down : report.downtimes) {
+        svg::rect(out, static_cast<int>(scale.x(down.fromMs)) - 1, top - 3, 3, kLaneHeight + 6,
+                  "died-mark");
+        if (down.toMs < report.endMs) {
+            svg::rect(out, static_cast<int>(scale.x(down.toMs)) - 1, top - 3, 3, kLaneHeight + 6,
+                      "back-mark");
+        }
     }
 }
 
@@ -222,9 +236,10 @@ int writeOverview(const ReplayReport& report, int y, int width, std::ostream& ou
     for (const Lane& lane : lanes()) {
         const bool satellites = std::string(lane.name) == "satellites";
         writeLane(report, satellites ? carried : report.epochs, lane, scale, y, out);
-        if (std::string(lane.name) == "daemon") writeDaemonEvents(report, scale, y, out);
         y += kLanePitch;
     }
+    writeDaemonLane(report, scale, y, out);
+    y += kLanePitch;
     out << "</g>\n";
     return y;
 }
