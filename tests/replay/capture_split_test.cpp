@@ -134,16 +134,17 @@ TEST(CaptureSplit, RepeatedSentenceCutsWhereTimesAreMissing) {
 
 TEST(CaptureSplit, EpochsPlacedByTheirClockAcrossMidnightAndBreaks) {
     std::vector<std::string> lines;
-    for (const char* t : {"235959.6", "235959.8", "000000.0", "000000.2", "000000.4", "000000.6",
+    for (const char* t : {"235959.6", "235959.8", "000000.4", "000000.6", "000000.8", "000001.0",
                           "235000.0", "235000.2", "235200.2"}) {
         lines.push_back(nmea(std::string("GNGGA,") + t + ",,,,,0,,,,,,,,"));
     }
     replay::Capture capture = replay::splitCapture(joined(lines, "\r\n"));
     EXPECT_EQ(capture.intervalMs, 200);
-    // Back ten minutes, then two minutes ahead: each a break, placed one interval on.
+    // 600 ms across midnight; then back ten minutes, then two minutes ahead: each a break,
+    // placed one interval on.
     EXPECT_EQ(capture.timeBreaks, 2);
     EXPECT_EQ(epochTimes(capture),
-              (std::vector<int64_t>{0, 200, 400, 600, 800, 1000, 1200, 1400, 1600}));
+              (std::vector<int64_t>{0, 200, 800, 1000, 1200, 1400, 1600, 1800, 2000}));
 }
 
 TEST(CaptureSplit, MissingFileIsReported) {

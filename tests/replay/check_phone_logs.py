@@ -103,6 +103,51 @@ class OnTheLogsClock(unittest.TestCase):
                           got["seconds daemon down"]), (1, 1, 10))
 
 
+def hand_made_log():
+    """Two fixes in one second, each after a satellite report: the first report with 3 GPS
+    used (the library pads it), the second with 4 (it does not)."""
+    header = ["# ", "# Header Description:", "# ",
+              "# Version: v2.0.4.2 Platform: 10 Manufacturer: Google Model: Pixel 4", "# ",
+              "# Fix,Provider,LatitudeDegrees,LongitudeDegrees,AltitudeMeters,SpeedMps,"
+              "AccuracyMeters,BearingDegrees,UnixTimeMillis,SpeedAccuracyMps,"
+              "BearingAccuracyDegrees",
+              "# Status,UnixTimeMillis,SignalCount,SignalIndex,ConstellationType,Svid,"
+              "CarrierFrequencyHz,Cn0DbHz,AzimuthDegrees,ElevationDegrees,UsedInFix,"
+              "HasAlmanacData,HasEphemerisData", "# "]
+
+    def report(at, used):
+        return ["Status,%d,5,%d,1,%d,1575420032,30.0,10.0,40.0,%d,1,1" % (at, i, i + 1,
+                                                                          int(i < used))
+                for i in range(5)]
+
+    def fix(at):
+        return "Fix,GPS,37.4,-122.1,10.0,0.0,5.0,0.0,%d,0.0,0.0" % at
+
+    rows = (report(1589494300000, 3) + [fix(1589494300100)] + report(1589494300100, 4) +
+            [fix(1589494300600)])
+    return "\n".join(header + rows) + "\n"
+
+
+class PaddedSecond(unittest.TestCase):
+    def test_a_padded_second_shows_the_padded_report_and_reports_are_counted_once(self):
+        path = os.path.join(WORK, "padded-second.txt")
+        with open(path, "w") as handle:
+            handle.write(hand_made_log())
+        svg = os.path.join(WORK, "padded-second.svg")
+        result = replay(path, "--svg", svg)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        got = figures(result.stdout)
+        self.assertEqual((got["epochs"], got["satellite reports"],
+                          got["reports with 3 GPS used"], got["reports with 4 GPS used"]),
+                         (1, 2, 1, 1))
+        self.assertEqual(got["satellite lists padded"], 1)
+        shown = [e.text for e in ElementTree.parse(svg).iter("{http://www.w3.org/2000/svg}text")
+                 if e.get("class") == "padded"]
+        self.assertEqual(shown, ["3 \u2192 8"])
+        with open(svg) as picture:
+            self.assertIn("satellite reports 2,", picture.read())
+
+
 class NeitherFormat(unittest.TestCase):
     def test_a_log_without_nmea_rows_or_nmea_file_is_warned_about(self):
         with_file = replay(os.path.join(LOGS, "gnsslogger-pixel7-android14.txt"))
