@@ -44,6 +44,9 @@ inline int rowTop(int rowsTop, int index) {
     return rowsTop + (index / kRowsPerBlock + 1) * kColumnTitleHeight + index * kRowHeight;
 }
 
+// "receiver", "fused", "both", "none".
+const char* sourceName(Source source);
+
 // Rejections that come with the input rather than a fault: a chunk without $GPRMC (every
 // sentence but the RMC when sent one by one, every chunk of a $GN receiver) sends no update.
 bool isExpectedRejection(const std::string& reason);

@@ -63,22 +63,8 @@ std::string clock(int64_t ms) {
     return text;
 }
 
-const char* sourceWords(Source source) {
-    switch (source) {
-        case Source::kReceiver:
-            return "receiver";
-        case Source::kFused:
-            return "fused";
-        case Source::kBoth:
-            return "both";
-        case Source::kNone:
-            break;
-    }
-    return "none";
-}
-
 Look sourceLook(const EpochRecord& e) {
-    const std::string name = sourceWords(e.source());
+    const std::string name = sourceName(e.source());
     return {"src-" + name, 1, "position from " + name};
 }
 

@@ -16,19 +16,6 @@ constexpr int kCellHeight = kRowHeight - 2;
 constexpr int kBarTop = 3;
 constexpr int kBarHeight = kRowHeight - 6;
 
-const char* sourceName(Source source) {
-    switch (source) {
-        case Source::kReceiver:
-            return "receiver";
-        case Source::kFused:
-            return "fused";
-        case Source::kBoth:
-            return "both";
-        case Source::kNone:
-            break;
-    }
-    return "none";
-}
 
 std::string times(int count) {
     return count > 1 ? " \u00d7" + std::to_string(count) : "";
@@ -191,6 +178,20 @@ void writeRejectedAndSkipped(const EpochRecord& epoch, const RowTexts& texts, co
 }
 
 }  // namespace
+
+const char* sourceName(Source source) {
+    switch (source) {
+        case Source::kReceiver:
+            return "receiver";
+        case Source::kFused:
+            return "fused";
+        case Source::kBoth:
+            return "both";
+        case Source::kNone:
+            break;
+    }
+    return "none";
+}
 
 bool isExpectedRejection(const std::string& reason) {
     return reason == "no $GPRMC sentence";
