@@ -22,6 +22,7 @@ from decimal import Decimal
 
 TIME_FIELD = {"RMC": 1, "GGA": 1, "GNS": 1, "ZDA": 1, "GST": 1, "GBS": 1, "GRS": 1, "GLL": 5}
 ADDRESS = re.compile(r"^[$!](P[A-Za-z0-9]*|[A-Za-z0-9]{3,})(,|\*|\s*$)")
+TALKER_AND_TYPE = re.compile(r"^[A-OQ-Za-z0-9][A-Za-z0-9]{4}$")  # five, not proprietary (P...)
 TIME = re.compile(r"^(\d\d)(\d\d)(\d\d)(\.\d*)?$")
 
 
@@ -43,7 +44,8 @@ def trusted(line):
     value = 0
     for char in body:
         value ^= ord(char)
-    return len(given) >= 2 and given[2:].strip() == "" and given[:2].upper() == "%02X" % value
+    return (len(given) >= 2 and given[2:].strip(" \t\n\v\f\r") == ""
+            and given[:2].upper() == "%02X" % value)
 
 
 def utc_time(field):
@@ -62,7 +64,7 @@ def count(path):
     for line in lines:
         fields = line.split("*")[0].split(",")
         address = fields[0][1:]
-        if len(address) != 5 or address[2:] not in TIME_FIELD or address.startswith("P"):
+        if not TALKER_AND_TYPE.match(address) or address[2:] not in TIME_FIELD:
             continue
         index = TIME_FIELD[address[2:]]
         time = utc_time(fields[index]) if index < len(fields) else None
