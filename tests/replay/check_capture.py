@@ -3,7 +3,8 @@
 Usage: check_capture.py ZDGNSS_SIM CAPTURE WORK_DIR
 
 - A file that is not NMEA at all (epoch_count.py) ends with exit code 2 and one line.
-- Otherwise the replay runs, once per sentence and once in bursts, and
+- Otherwise the replay runs (one chunk per sentence; check_replay.py and the nmea_capture fuzz
+  target cover bursts), and
   - its epochs are epoch_count.py's count exactly, all cut by UTC time, wherever that count
     is unambiguous;
   - sentences, chunks and the RMC validity the daemon was told match capture_tally.py;
@@ -51,25 +52,20 @@ def check(sim, path, work):
 
     tally = capture_tally.tally(path)
     svg = os.path.join(work, name + ".svg")
-    for mode in ([], ["--burst"]):
-        result = replay(sim, path, "--svg", svg, *mode)
-        expect("exit code " + " ".join(mode), result.returncode, 0)
-        if result.returncode != 0:
-            failures.append(result.stderr)
-            continue
-        got = figures(result.stdout)
-        if expected_epochs != "ambiguous":
-            expect("epochs", got["epochs"], expected_epochs)
-            expect("epochs by UTC time", got.get("epochs by UTC time", 0), expected_epochs)
-        expect("sentences", got["sentences"], tally["sentences"])
-        rows = [g for g in ElementTree.parse(svg).iter(SVG_NS + "g") if g.get("class") == "epoch"]
-        expect("picture rows", len(rows), got["epochs"])
-        if mode:
-            expect("chunks in bursts", got["NMEA chunks sent"], got["epochs"])
-        else:
-            expect("chunks", got["NMEA chunks sent"], tally["sentences"])
-            expect("RMC valid true", got["RMC valid sent true"], tally["rmc_true"])
-            expect("RMC valid false", got["RMC valid sent false"], tally["rmc_false"])
+    result = replay(sim, path, "--svg", svg)
+    expect("exit code", result.returncode, 0)
+    if result.returncode != 0:
+        return failures + [result.stderr]
+    got = figures(result.stdout)
+    if expected_epochs != "ambiguous":
+        expect("epochs", got["epochs"], expected_epochs)
+        expect("epochs by UTC time", got.get("epochs by UTC time", 0), expected_epochs)
+    expect("sentences", got["sentences"], tally["sentences"])
+    rows = [g for g in ElementTree.parse(svg).iter(SVG_NS + "g") if g.get("class") == "epoch"]
+    expect("picture rows", len(rows), got["epochs"])
+    expect("chunks", got["NMEA chunks sent"], tally["sentences"])
+    expect("RMC valid true", got["RMC valid sent true"], tally["rmc_true"])
+    expect("RMC valid false", got["RMC valid sent false"], tally["rmc_false"])
     return failures
 
 
