@@ -78,6 +78,20 @@ TEST(CaptureFix, TwoDigitYearsAndDatesFromEarlierCycles) {
     EXPECT_EQ(undated.fix.timestamp, lastDay + 86400000 + 1500);
 }
 
+TEST(CaptureFix, ZdaGivesTheDateToAReceiverWithoutRmc) {
+    replay::EpochDecoder decoder;
+    const std::string gga = nmea("GNGGA,120000.00,5000.0,N,02000.0,E,1,05,1.0,,M,,M,,");
+    // 2020-02-29 is day 18321; a ZDA later in the epoch dates its GGA.
+    replay::EpochContent dated =
+        decoder.decode(epochOf({gga, nmea("GNZDA,120000.00,29,02,2020,00,00")}));
+    ASSERT_TRUE(dated.hasFix);
+    EXPECT_EQ(dated.fix.timestamp, 18321 * 86400000LL + 12 * 3600000LL);
+    for (const char* bad : {"GNZDA,120000.00,30,02,20,00,00", "GNZDA,120000.00,1,2,2020,00,00",
+                            "GNZDA,120000.00,00,02,2020,00,00"}) {
+        EXPECT_FALSE(replay::EpochDecoder().decode(epochOf({gga, nmea(bad)})).hasFix) << bad;
+    }
+}
+
 TEST(CaptureFix, ClaimedFixWithEmptyFieldsIsCountedNotUsed) {
     replay::EpochContent content = replay::EpochDecoder().decode(epochOf({
         nmea("GPRMC,,A,2712.6404,S,15303.1201,E,,,080407,,,A"),

@@ -97,14 +97,14 @@ struct EpochContent {
     SkipCounts skipped;
 };
 
-// Decodes epochs in order; the UTC date of the last RMC carries over to later epochs whose
-// GGA alone gives a time.
+// Decodes epochs in order; the UTC date of the last RMC or ZDA carries over to later epochs
+// whose GGA alone gives a time.
 class EpochDecoder {
   public:
     EpochContent decode(const Epoch& epoch);
 
   private:
-    void rememberDate(std::string_view dateField, std::string_view timeField);
+    void rememberDate(std::optional<int64_t> date, std::string_view timeField);
     // UTC midnight of the day a time of day falls on, from the last date seen.
     std::optional<int64_t> dayOf(int64_t timeOfDayMs) const;
 

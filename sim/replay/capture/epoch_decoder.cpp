@@ -151,8 +151,13 @@ EpochContent EpochDecoder::decode(const Epoch& epoch) {
         NmeaSentence sentence = parseSentence(line);
         if (!decodable(sentence, &content.skipped)) continue;
         if (sentence.is("RMC")) {
-            rememberDate(sentence.field(8), sentence.field(0));
+            rememberDate(readDateMs(sentence.field(8)), sentence.field(0));
             readRmc(sentence, &sources, &content.skipped);
+        } else if (sentence.is("ZDA")) {
+            // ZDA: time, day, month, four-digit year, ...
+            rememberDate(
+                readDayMonthYearMs(sentence.field(1), sentence.field(2), sentence.field(3)),
+                sentence.field(0));
         } else if (sentence.is("GGA")) {
             readGga(sentence, &sources, &content.skipped);
         } else if (sentence.is("GSV")) {
@@ -175,8 +180,7 @@ EpochContent EpochDecoder::decode(const Epoch& epoch) {
     return content;
 }
 
-void EpochDecoder::rememberDate(std::string_view dateField, std::string_view timeField) {
-    std::optional<int64_t> date = readDateMs(dateField);
+void EpochDecoder::rememberDate(std::optional<int64_t> date, std::string_view timeField) {
     if (!date) return;
     mDayMs = *date;
     mDateTimeOfDayMs = readTimeOfDayMs(timeField).value_or(-1);

@@ -104,6 +104,19 @@ std::optional<int64_t> readDateMs(std::string_view field) {
     return daysFromCivil(year, month, day) * kMsPerDay;
 }
 
+std::optional<int64_t> readDayMonthYearMs(std::string_view day, std::string_view month,
+                                          std::string_view year) {
+    if (day.size() != 2 || month.size() != 2 || year.size() != 4 ||
+        !allDigits(std::string(day) + std::string(month) + std::string(year))) {
+        return std::nullopt;
+    }
+    const int d = twoDigits(day, 0);
+    const int m = twoDigits(month, 0);
+    const int y = twoDigits(year, 0) * 100 + twoDigits(year, 2);
+    if (d < 1 || d > 31 || m < 1 || m > 12 || y < 1980 || y > 2100) return std::nullopt;
+    return daysFromCivil(y, m, d) * kMsPerDay;
+}
+
 std::optional<double> readLatitude(std::string_view value, std::string_view hemisphere) {
     return signedByHemisphere(readDegreesMinutes(value, 90), hemisphere, 'N', 'S');
 }

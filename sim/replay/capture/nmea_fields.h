@@ -23,6 +23,10 @@ std::optional<int64_t> readTimeOfDayMs(std::string_view field);
 // 80-99 are 1980-1999, the rest 2000-2079.
 std::optional<int64_t> readDateMs(std::string_view field);
 
+// Day, month and four-digit year, as ZDA sends them; UTC midnight of that day.
+std::optional<int64_t> readDayMonthYearMs(std::string_view day, std::string_view month,
+                                          std::string_view year);
+
 // "ddmm.mmmm"/"dddmm.mmmm" and its hemisphere letter, in signed degrees.
 std::optional<double> readLatitude(std::string_view value, std::string_view hemisphere);
 std::optional<double> readLongitude(std::string_view value, std::string_view hemisphere);
