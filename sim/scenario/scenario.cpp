@@ -35,12 +35,7 @@ bool parseCommand(const Line& line, Step* step, std::string* error) {
         *error = "a command must start with a word";
         return false;
     }
-    if (isWorldCommand(head)) {
-        step->run = [head, args](std::string* error) {
-            return World::get().command(head, args, error);
-        };
-        return true;
-    }
+    if (isWorldCommand(head)) return World::get().prepare(head, args, &step->run, error);
     if (head == "call") {
         if (!prepareCall(args, &action, error)) return false;
     } else if (isEnvironmentCommand(head)) {

@@ -57,8 +57,8 @@ struct Scenario {
     std::vector<Step> steps;
 };
 
-// Builds the steps from lexed lines: environment commands and calls are fully checked
-// here; `fusd`, `vhal` and `fw` commands are checked by the world when they run.
+// Builds the steps from lexed lines, every command fully checked here; a world command may
+// still be refused when it runs, by the world's state of the moment.
 // False and *error, at the offending line, when a line is malformed.
 bool parseScenario(const std::vector<Line>& lines, Scenario* out, SourceError* error);
 
