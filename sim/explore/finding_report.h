@@ -22,7 +22,7 @@ std::vector<DiffLine> diffLines(const std::string& from, const std::string& to);
 // How many lines the difference adds or removes.
 size_t diffSize(const std::vector<DiffLine>& diff);
 // Prints the changed lines, each with the heading of the part of the outcome it belongs to
-// ("operation …", "party …", "after") and a line of context around it.
+// ("operation …", "received …", "after") and a line of context around it.
 void printDiff(std::ostream& out, const std::vector<DiffLine>& diff, const char* indent);
 
 // Prints the run from the block on: one column per thread, a row per line in the order the

@@ -115,14 +115,14 @@ class Reader {
 
 }  // namespace
 
-std::string receivingParty(const std::string& line) {
+std::string receivedOperation(const std::string& line) {
     auto [prefix, call] = splitWord(line);
     if (prefix != "fusd" && prefix != "vhal" && prefix != "fw") return "";
-    const size_t dot = call.find('.');
     const size_t paren = call.find('(');
-    if (dot == std::string::npos || paren == std::string::npos || paren < dot) return "";
-    if (call.find(' ') < dot) return "";
-    return prefix + " " + call.substr(0, dot);
+    if (paren == std::string::npos || call.find(' ') < paren) return "";
+    const size_t dot = call.rfind('.', paren);  // interface names may hold dots: IZDGnss2.0
+    if (dot == std::string::npos || dot == 0 || dot + 1 == paren) return "";
+    return prefix + " " + call.substr(0, paren);
 }
 
 void readMessages(const std::string& text, RunResult* result) {
@@ -144,18 +144,20 @@ std::string RunResult::outcome() const {
     std::sort(byKey.begin(), byKey.end(),
               [](const OperationRecord* a, const OperationRecord* b) { return a->key < b->key; });
     std::string text;
-    std::map<std::string, std::vector<std::string>> parties;
+    std::map<std::string, std::vector<std::string>> received;
     for (const OperationRecord* op : byKey) {
         text += "operation " + op->key + " " + op->label + "\n";
-        for (const std::string& line : op->lines) text += "  " + line + "\n";
+        for (const std::string& line : op->lines) {
+            if (receivedOperation(line).empty()) text += "  " + line + "\n";
+        }
     }
     for (const TraceLine& line : trace) {
         if (line.operation.empty() || line.begins) continue;
-        const std::string party = receivingParty(line.text);
-        if (!party.empty()) parties[party].push_back(line.text);
+        const std::string operation = receivedOperation(line.text);
+        if (!operation.empty()) received[operation].push_back(line.text);
     }
-    for (const auto& [party, calls] : parties) {
-        text += "party " + party + "\n";
+    for (const auto& [operation, calls] : received) {
+        text += "received " + operation + "\n";
         for (const std::string& call : calls) text += "  " + call + "\n";
     }
     text += "after\n";

@@ -47,10 +47,12 @@ struct RunResult {
     int exitCode = 0;
     std::string errorOutput;  // what the process wrote to standard error
 
-    // What serial orders are compared by: each operation with its own lines (by key), then
-    // for every party the library called the calls it received in order, then the lines
-    // after the block. Neither the order of lines across threads nor the order operations
-    // began in is part of it, but the order in which a party received its calls is.
+    // What serial orders are compared by: each operation with its own lines (by key) but the
+    // calls parties received; then, for every operation of every party the library called,
+    // the calls it received, in order; then the lines after the block. Neither the order of
+    // lines across threads nor the order operations began in is part of it, nor which thread
+    // made a call. Calls of different operations of a party are kept apart: an operation of
+    // the library that makes several calls to one party is not one step for that party.
     std::string outcome() const;
     // The run's schedule string: its decisions that differ from the default policy.
     std::string schedule() const;
@@ -59,9 +61,10 @@ struct RunResult {
     const OperationRecord* operation(const std::string& key) const;
 };
 
-// The party a transcript line shows receiving a call ("fusd IFusdGnssInterface",
-// "fw gnssCb"), or "" when the line is not a call received by a party.
-std::string receivingParty(const std::string& line);
+// The party's operation a transcript line shows receiving a call ("fusd
+// IFusdGnssInterface.sendLocationData", "fw gnssCb.gnssLocationCb"), or "" when the line is
+// not a call received by a party.
+std::string receivedOperation(const std::string& line);
 
 // Reads the messages of one run (the child's protocol) into *result.
 void readMessages(const std::string& text, RunResult* result);
