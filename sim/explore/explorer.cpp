@@ -5,7 +5,6 @@
 #include <csignal>
 #include <cstring>
 #include <map>
-#include <numeric>
 #include <set>
 
 #include "finding_report.h"
