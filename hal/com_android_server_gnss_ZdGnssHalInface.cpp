@@ -94,11 +94,11 @@ void handOutV1_0(const sp<IZDGnss_V1_0>& hal, sp<android::hardware::gnss::V1_0::
 
 // ---- Feature extensions ----
 
+// The callback object is made once per process and registered at every set-up.
 void registerSuplFqdnCallback(const sp<IZDAGpsSuplFqdn>& suplFqdn) {
-    if (!g_suplFqdnCallback.isSet()) {
-        g_suplFqdnCallback.set(sp<IZDAGpsSuplFqdnCallback>(new AGpsSuplFqdnCallback()));
-    }
-    checkRemoteCall(suplFqdn->setCallback(g_suplFqdnCallback.get()), ANDROID_LOG_ERROR,
+    sp<IZDAGpsSuplFqdnCallback> callback =
+        g_suplFqdnCallback.getOrMake([] { return new AGpsSuplFqdnCallback(); });
+    checkRemoteCall(suplFqdn->setCallback(callback), ANDROID_LOG_ERROR,
                     "%s: register AGpsSuplFqdnCallback fail", kTag);
 }
 

@@ -148,10 +148,9 @@ void fetchGnss(const sp<fusd_v1_3::IFusdLbs>& daemon) {
     g_fusdGnssIface.set(object);
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get FusdGnssInterface successful",
                         kLogPrefix);
-    if (!g_fusdGnssCb.isSet()) {
-        g_fusdGnssCb.set(sp<fusd_v1_2::IFusdGnssCallback>(new FusdGnssCallback()));
-    }
-    checkRemoteCall(object->setCallback(g_fusdGnssCb.get()), ANDROID_LOG_ERROR,
+    sp<fusd_v1_2::IFusdGnssCallback> callback =
+        g_fusdGnssCb.getOrMake([] { return new FusdGnssCallback(); });
+    checkRemoteCall(object->setCallback(callback), ANDROID_LOG_ERROR,
                     "%s: register FusdGnssCallback fail", kLogPrefix);
 }
 
@@ -170,10 +169,9 @@ void fetchGeofence(const sp<fusd_v1_3::IFusdLbs>& daemon) {
     }
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get FusdGeofenceIface successful",
                         kLogPrefix);
-    if (!g_fusdGeofenceCb.isSet()) {
-        g_fusdGeofenceCb.set(sp<fusd_v1_2::IFusdGeofenceCallback>(new FusdGeofenceCallback()));
-    }
-    if (checkRemoteCall(object->setCallback(g_fusdGeofenceCb.get()), ANDROID_LOG_ERROR,
+    sp<fusd_v1_2::IFusdGeofenceCallback> callback =
+        g_fusdGeofenceCb.getOrMake([] { return new FusdGeofenceCallback(); });
+    if (checkRemoteCall(object->setCallback(callback), ANDROID_LOG_ERROR,
                         "%s: register FusdGeofenceCallback fail", kLogPrefix)) {
         __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                             "%s:register FusdGeofenceCallback successful", kLogPrefix);

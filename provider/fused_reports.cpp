@@ -4,6 +4,8 @@
 #include <bounded_copy.h>
 #include <log/log.h>
 
+#include <vector>
+
 #include "fusd_callbacks.h"
 
 using android::sp;
@@ -20,45 +22,87 @@ int64_t reportingThreshold() REQUIRES(g_feedTimingLock) {
     return static_cast<int32_t>(interval - static_cast<uint32_t>(kIntervalSlackMs));
 }
 
-void deliverToFramework(const gnss_v1_0::GnssLocation& location) {
-    sp<gnss_v2_0::IGnssCallback> framework = g_gnssCbIface.get();
-    if (framework == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
-                            "%s: [LocMgr] FD location report, g_gnssCbIface is null", kLogPrefix);
-        return;
-    }
-    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get location from Tarvi1.5", kLogPrefix);
-    remoteCallWentThrough(framework->gnssLocationCb(location));
-}
+// A fused location taken for the framework, with the framework callback it was taken for.
+struct Delivery {
+    sp<gnss_v2_0::IGnssCallback> framework;
+    gnss_v1_0::GnssLocation location;
+};
 
-// Records the fused location stamped `t` and decides, in the same step, whether it is far
-// enough from the last delivered position to be forwarded; a forwarded one is recorded as
-// delivered at once, before the framework call that no lock may span.
-bool takeForForwarding(int64_t t, int64_t* dt) {
+// Fused locations taken for the framework and not yet handed to it, in the order they were
+// taken. Whichever report finds no delivery under way hands them all over, in that order,
+// with no lock held across a framework call; a report that finds one under way leaves its
+// location to it. So two reports racing on two hwbinder threads reach the framework in the
+// order of their decisions, and a report the framework makes back on the delivering thread
+// waits its turn instead of overtaking. The list keeps its capacity from report to report.
+std::vector<Delivery> g_pendingDeliveries GUARDED_BY(g_feedTimingLock);
+size_t g_nextDelivery GUARDED_BY(g_feedTimingLock) = 0;
+bool g_delivering GUARDED_BY(g_feedTimingLock) = false;
+
+// Records the fused location and decides, in the same step, whether it is far enough from
+// the last delivered position to be forwarded; a forwarded one is recorded as delivered at
+// once and queued for the framework callback registered now, if there is one.
+bool takeForForwarding(const gnss_v1_0::GnssLocation& location, int64_t* dt, bool* queued) {
+    const int64_t t = location.timestamp;
     std::lock_guard<std::mutex> timing(g_feedTimingLock);
     *dt = absDiffMs(t, lastSentLocUpdateTime);
     lastFusdLocUpdateTime = t;
     if (*dt < reportingThreshold()) return false;
     fdLocationFlag = true;
     lastSentLocUpdateTime = t;
+    sp<gnss_v2_0::IGnssCallback> framework = g_gnssCbIface.get();
+    *queued = framework != nullptr;
+    if (*queued) g_pendingDeliveries.push_back({std::move(framework), location});
     return true;
+}
+
+// The next queued location; false when none is left, which ends the delivery.
+bool nextDelivery(Delivery* next) {
+    std::lock_guard<std::mutex> timing(g_feedTimingLock);
+    if (g_nextDelivery == g_pendingDeliveries.size()) {
+        g_pendingDeliveries.clear();
+        g_nextDelivery = 0;
+        g_delivering = false;
+        return false;
+    }
+    *next = std::move(g_pendingDeliveries[g_nextDelivery++]);
+    return true;
+}
+
+void deliverQueued() {
+    {
+        std::lock_guard<std::mutex> timing(g_feedTimingLock);
+        if (g_delivering) return;  // the delivery under way hands this location over too
+        g_delivering = true;
+    }
+    Delivery next;
+    while (nextDelivery(&next)) {
+        remoteCallWentThrough(next.framework->gnssLocationCb(next.location));
+        next.framework = nullptr;  // released with no lock held
+    }
 }
 
 }  // namespace
 
 Return<void> FusdGnssCallback::reportFusdLocation(const gnss_v1_0::GnssLocation& location) {
-    int64_t t = location.timestamp;
     int64_t dt = 0;
-    if (!takeForForwarding(t, &dt)) {
+    bool queued = false;
+    if (!takeForForwarding(location, &dt, &queued)) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
                             "%s: [LocMgr] no need to send_location_callback: %lli", kLogPrefix,
                             static_cast<long long>(dt));
         return Void();
     }
-    deliverToFramework(location);
+    if (queued) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get location from Tarvi1.5",
+                            kLogPrefix);
+        deliverQueued();
+    } else {
+        __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
+                            "%s: [LocMgr] FD location report, g_gnssCbIface is null", kLogPrefix);
+    }
     __android_log_print(ANDROID_LOG_ERROR, LOG_TAG,
                         "%s: [LocMgr] Updating lastSentLocUpdateTime: %lli", kLogPrefix,
-                        static_cast<long long>(t));
+                        static_cast<long long>(location.timestamp));
     return Void();
 }
 

@@ -35,6 +35,16 @@ class GuardedHandle {
 
     void clear() EXCLUDES(mLock) { set(nullptr); }
 
+    // The object held; when there is none, `make()` makes it and it is stored first. The
+    // test and the store are one step, so that an object meant to be made once is made once
+    // however many threads ask at the same time. `make` must not call out of the process.
+    template <typename Make>
+    android::sp<T> getOrMake(Make make) EXCLUDES(mLock) {
+        std::lock_guard<std::mutex> guard(mLock);
+        if (mObject == nullptr) mObject = make();
+        return mObject;
+    }
+
     bool isSet() const EXCLUDES(mLock) { return get() != nullptr; }
 
   private:

@@ -36,39 +36,57 @@ const ChipRow& matchChip(const char* value) {
     return kUnknownChip;
 }
 
-void applyChip(const ChipRow& row) {
-    g_chipSupportsGeofence = row.supportsGeofence;
-    g_chipsetType = row.type;
-    g_flagsFromChipset = row.flagsFromChipset;
+// What one probe finds: the flags are worked out whole, then published, so that a reader
+// on another thread (a reconnection probes again on a hwbinder thread) sees each flag as
+// it was before the probe or as it is after, never the connectivity chip's value that the
+// slave chip then overrides.
+struct ChipFlags {
+    int32_t type;
+    bool supportsGeofence;
+    bool flagsFromChipset;
+};
+
+ChipFlags flagsOf(const ChipRow& row) {
+    return {row.type, row.supportsGeofence, row.flagsFromChipset};
 }
 
-void applySlaveChip() {
+ChipFlags probeConnectivityChip() {
+    char value[PROPERTY_VALUE_MAX];
+    memset(value, 0, sizeof(value));
+    if (property_get("ro.connectivity.sub_chiptype", value, nullptr) < 1) {
+        __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get chipset type failed", kLogPrefix);
+        return flagsOf(kUnknownChip);
+    }
+    __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get chipset type successful, type is %s",
+                        kLogPrefix, value);
+    return flagsOf(matchChip(value));
+}
+
+void probeSlaveChip(ChipFlags* flags) {
     char slave[PROPERTY_VALUE_MAX];
     memset(slave, 0, sizeof(slave));
     if (property_get("ro.boot.odm.conn.slave_chiptype", slave, nullptr) < 1) return;
     if (memcmp(slave, "vk7702a", 7) == 0) {
-        g_flagsFromChipset = true;
-        g_chipsetType = kSlaveChipType;
+        flags->flagsFromChipset = true;
+        flags->type = kSlaveChipType;
     }
     __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
                         "%s: get slavechip chipset type successful, type is %s %d", kLogPrefix,
-                        slave, g_chipsetType.load());
+                        slave, flags->type);
+}
+
+void publish(const ChipFlags& flags) {
+    g_chipSupportsGeofence = flags.supportsGeofence;
+    g_chipsetType = flags.type;
+    g_flagsFromChipset = flags.flagsFromChipset;
 }
 
 }  // namespace
 
 void checkChipsetType() {
-    char value[PROPERTY_VALUE_MAX];
-    memset(value, 0, sizeof(value));
-    if (property_get("ro.connectivity.sub_chiptype", value, nullptr) < 1) {
-        applyChip(kUnknownChip);
-        __android_log_print(ANDROID_LOG_INFO, LOG_TAG, "%s: get chipset type failed", kLogPrefix);
-    } else {
-        applyChip(matchChip(value));
-        __android_log_print(ANDROID_LOG_INFO, LOG_TAG,
-                            "%s: get chipset type successful, type is %s", kLogPrefix, value);
-    }
-    applySlaveChip();
+    ChipFlags flags = probeConnectivityChip();
+    probeSlaveChip(&flags);
+    publish(flags);
 }
 
 int32_t getChipsetType() {

@@ -30,8 +30,10 @@ void send_Agps_Supl_Request(const android::hardware::hidl_string& fqdn) {
 }
 
 void registerFusdIfCb(FdCallback* cb) {
-    if (g_fdCallback != nullptr) return;  // the first registration stays
-    g_fdCallback = cb;
+    // The first registration stays: the test and the store are one step, so that two
+    // registrations racing never both find the place empty.
+    FdCallback* empty = nullptr;
+    if (!g_fdCallback.compare_exchange_strong(empty, cb)) return;
     if (cb == nullptr) {
         logNotRegistered();
         return;

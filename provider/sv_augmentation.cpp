@@ -121,6 +121,15 @@ bool increases(uint32_t usedGps) {
     return usedGps < kMinUsedGps;
 }
 
+// Whether the previous location padded the store, and the mark for the next one: read and
+// written in the same hold of the store's lock as the count, so that two locations never
+// both read the mark before either writes it.
+bool takeIncreaseMark(uint32_t usedGps) REQUIRES(g_svStoreLock) {
+    const bool padded = svIncreaseFlag;
+    svIncreaseFlag = increases(usedGps);
+    return padded;
+}
+
 // Counts, pads and copies the 1.0 store for its report in one hold of the lock;
 // the framework is called on the copy, after the lock is dropped.
 Augmentation augmentStore1(SvStatus1& report) {
@@ -128,7 +137,8 @@ Augmentation augmentStore1(SvStatus1& report) {
     SvStatus1& stored = g_svStatus;
     // A numSvs above the record's 64 entries is taken as a full record.
     size_t n = stored.numSvs < kSvCapacity ? stored.numSvs : kSvCapacity;
-    Augmentation result{usedGpsCount(stored, n), svIncreaseFlag};
+    const uint32_t usedGps = usedGpsCount(stored, n);
+    Augmentation result{usedGps, takeIncreaseMark(usedGps)};
     if (increases(result.usedGps)) {
         addFakes1(stored, n);
         result.report = true;
@@ -141,7 +151,8 @@ Augmentation augmentStore1(SvStatus1& report) {
 Augmentation augmentStore2(hidl_vec<SvInfo2>& report) {
     std::lock_guard<std::mutex> lock(g_svStoreLock);
     std::vector<SvInfo2>& stored = g_svInfoList;
-    Augmentation result{usedGpsCount(stored), svIncreaseFlag};
+    const uint32_t usedGps = usedGpsCount(stored);
+    Augmentation result{usedGps, takeIncreaseMark(usedGps)};
     result.full = stored.size() >= kList2Bound;
     if (increases(result.usedGps)) {
         if (!result.full) {
@@ -183,10 +194,8 @@ void addSvList(const gnss_v1_0::GnssLocation& location) {
             logNoIncrease();
             reportAddSvList(report);
         }
-        svIncreaseFlag = false;
         return;
     }
-    svIncreaseFlag = true;
     logIncrease(found.usedGps);
     reportAddSvList(report);
     logIncreaseFinished();
@@ -208,10 +217,8 @@ void addSvList(const gnss_v2_0::GnssLocation& location) {
             logNoIncrease();
             reportList2(list);
         }
-        svIncreaseFlag = false;
         return;
     }
-    svIncreaseFlag = true;
     logIncrease(found.usedGps);
     if (found.full) {
         __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG,

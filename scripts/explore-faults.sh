@@ -25,9 +25,19 @@ cmake --preset asan-ubsan >/dev/null
 presets=(asan-ubsan)
 if $tsan; then cmake --preset tsan >/dev/null; presets+=(tsan); fi
 
+# Builds quietly; a failed build (a fault that no longer compiles) prints its errors.
+quiet_build() {
+  local log
+  if ! log=$(cmake --build --preset "$1" -j2 --target "${@:2}" 2>&1); then
+    tail -n 30 <<<"$log" >&2
+    echo "explore-faults: the $1 build failed" >&2
+    return 1
+  fi
+}
+
 build() {
-  cmake --build --preset asan-ubsan -j2 --target zdgnss-sim >/dev/null
-  if $tsan; then cmake --build --preset tsan -j2 --target zdgnss-sim chaos_test >/dev/null; fi
+  quiet_build asan-ubsan zdgnss-sim
+  if $tsan; then quiet_build tsan zdgnss-sim chaos_test; fi
 }
 
 # The finding lines of one explore scenario.

@@ -3,8 +3,8 @@
 #include <unistd.h>
 #include <zdhost/runtime.h>
 
+#include <algorithm>
 #include <memory>
-#include <numeric>
 #include <sstream>
 #include <string>
 
@@ -56,10 +56,19 @@ std::string decisionMessage(const Decision& d, int chosen) {
     return out.str();
 }
 
+std::string joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) text += " " + word;
+    return text;
+}
+
 std::unique_ptr<Policy> policyFor(const RunRequest& request) {
     switch (request.mode) {
         case RunRequest::Mode::kSerial:
-            return std::make_unique<SerialPolicy>(request.order);
+            return std::make_unique<SerialPolicy>(
+                request.order, [](const SerialPolicy::Choice& choice) {
+                    send("S " + choice.chosen + joined(choice.possible));
+                });
         case RunRequest::Mode::kPct:
             return std::make_unique<PctPolicy>(request.seed, request.depth,
                                                request.expectedDecisions);
@@ -69,21 +78,42 @@ std::unique_ptr<Policy> policyFor(const RunRequest& request) {
     return std::make_unique<GuidedPolicy>(request.deviations);
 }
 
-std::vector<std::function<void()>> branchWork(const sim::Block& block) {
-    std::vector<std::function<void()>> work;
-    for (const auto& branch : block.branches) {
-        work.push_back([&branch] { sim::runBranch(branch); });
+// Each branch's commands as operations "B.C" of the scheduler, each begun before it runs.
+std::vector<Scheduler::Branch> branchWork(const sim::Block& block, Scheduler* scheduler) {
+    std::vector<Scheduler::Branch> work;
+    for (size_t b = 0; b < block.branches.size(); ++b) {
+        const std::vector<sim::Step>& steps = block.branches[b];
+        const std::string branch = std::to_string(b + 1);
+        work.push_back({[&steps, branch, scheduler] {
+                            for (size_t c = 0; c < steps.size(); ++c) {
+                                scheduler->beginOperation(branch + "." + std::to_string(c + 1),
+                                                          sim::commandText(steps[c]));
+                                sim::runBranchStep(steps[c]);
+                            }
+                        },
+                        branch + ".1", sim::commandText(steps.front())});
     }
     return work;
 }
 
 // A block other than the explored one runs its branches whole, in their written order.
 void playInOrder(const sim::Block& block, const RunRequest& request) {
-    std::vector<int> order(block.branches.size());
-    std::iota(order.begin(), order.end(), 1);
-    SerialPolicy serial(order);
-    Scheduler scheduler(serial, {nullptr, stopRun}, request.stepBound);
-    scheduler.run(branchWork(block));
+    SerialPolicy serial({});
+    Scheduler scheduler(serial, {nullptr, stopRun, nullptr, nullptr}, request.stepBound);
+    scheduler.run(branchWork(block, &scheduler));
+}
+
+Scheduler::Events exploredEvents() {
+    Scheduler::Events events;
+    events.decided = [](const Decision& d, int chosen) { send(decisionMessage(d, chosen)); };
+    events.stopped = stopRun;
+    events.operationBegan = [](const OperationStart& op) {
+        send("O " + op.key + " " + std::to_string(op.thread) + " " + op.label);
+    };
+    events.lockHeldAcrossCall = [](const std::string& mutex) {
+        send("L " + mutex + " " + Scheduler::currentOperation());
+    };
+    return events;
 }
 
 }  // namespace
@@ -92,8 +122,10 @@ void runChild(const sim::Scenario& scenario, const RunRequest& request, int fd) 
     gFd = fd;
     alarm(request.watchdogSeconds);
     sim::Transcript::get().setEcho(false);
-    sim::Transcript::get().setListener(
-        [](int tag, const std::string& line) { send("T " + std::to_string(tag) + " " + line); });
+    sim::Transcript::get().setListener([](int, const std::string& line) {
+        const std::string key = Scheduler::currentOperation();
+        send("T " + (key.empty() ? std::string("0") : key) + " " + line);
+    });
     std::unique_ptr<Policy> policy = policyFor(request);
     auto playBlock = [&](const sim::Block& block, size_t ordinal, std::string*) {
         if (ordinal != request.block) {
@@ -101,20 +133,20 @@ void runChild(const sim::Scenario& scenario, const RunRequest& request, int fd) 
             return true;
         }
         send("B");
-        Scheduler scheduler(
-            *policy,
-            {[](const Decision& d, int chosen) { send(decisionMessage(d, chosen)); }, stopRun},
-            request.stepBound);
-        scheduler.run(branchWork(block));
+        Scheduler scheduler(*policy, exploredEvents(), request.stepBound);
+        scheduler.run(branchWork(block, &scheduler));
+        std::string why;
+        if (!policy->fitted(&why)) stopRun(Stop::kDiverged, why);
         send("E");
         return true;
     };
     std::ostringstream report;
-    const int code = sim::runScenarioWith(scenario, playBlock, report);
+    const int code = sim::runScenarioWith(scenario, request.checkExpectations, playBlock, report);
     if (code != sim::kExitOk) {
         std::string text = report.str();
         while (!text.empty() && text.back() == '\n') text.pop_back();
-        send("F error " + text);
+        std::replace(text.begin(), text.end(), '\n', '\x1f');  // one message, one line
+        send((code == sim::kExitExpectationFailed ? "F expectation " : "F error ") + text);
         _exit(2);
     }
     send("X");

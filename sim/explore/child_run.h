@@ -3,10 +3,14 @@
 // explored block under the scheduler, the scenario's other blocks in their written order,
 // and streams what happens to the explorer over a pipe, one message a line:
 //   D INDEX CHOSEN FALLBACK CURRENT THREAD/BRANCH/COST/EARLY...   a decision
-//   B, E                        the explored block begins, ends
-//   T TAG LINE                  a transcript line; TAG is its branch, 0 outside branches
-//   F KIND DETAIL               the scheduler stopped the run (deadlock, step-bound, diverged,
-//   error) X                           the run ended cleanly
+//   B, E                  the explored block begins, ends
+//   O KEY THREAD LABEL    an operation of the block begins on THREAD
+//   S CHOSEN POSSIBLE...  in a serial run, operation CHOSEN began where any of POSSIBLE could
+//   L MUTEX KEY           operation KEY makes a remote call holding library mutex MUTEX
+//   T KEY LINE            a transcript line; KEY is its operation's, 0 outside the block
+//   F KIND DETAIL         the run stopped early: deadlock, step-bound, diverged, error, or
+//                         expectation (an expect line failed; DETAIL is the runner's report)
+//   X                     the run ended cleanly
 // A crash, an abort or a sanitizer report ends the child without its X.
 #pragma once
 
@@ -23,12 +27,13 @@ struct RunRequest {
     Mode mode = Mode::kGuided;
     size_t block = 0;                  // the explored block, counted from 0
     std::map<size_t, int> deviations;  // kGuided: the schedule
-    std::vector<int> order;            // kSerial: branches, from 1, in the order they run
+    std::vector<std::string> order;    // kSerial: operations to begin where there is a choice
     uint64_t seed = 0;                 // kPct
     int depth = 3;                     // kPct
     size_t expectedDecisions = 1;      // kPct
     size_t stepBound = 20000;
-    unsigned watchdogSeconds = 20;  // a run still going then is a hang
+    bool checkExpectations = false;  // hold the scenario's expect lines; a failure ends the run
+    unsigned watchdogSeconds = 20;   // a run still going then is a hang
 };
 
 [[noreturn]] void runChild(const sim::Scenario& scenario, const RunRequest& request, int fd);

@@ -5,9 +5,9 @@
 #include <csignal>
 #include <cstring>
 #include <map>
-#include <numeric>
 #include <set>
 
+#include "finding_report.h"
 #include "launcher.h"
 
 namespace explore {
@@ -18,7 +18,8 @@ using sim::FindingKind;
 
 struct Finding {
     FindingKind kind;
-    std::string key;  // what makes two findings the same
+    std::string key;     // what makes two findings the same
+    std::string detail;  // one line: who waits for whom, which mutex, which signal
     size_t run = 0;
     std::string schedule;
 };
@@ -35,16 +36,6 @@ int costOf(const Decision& d, int thread) {
         if (c.thread == thread) return c.cost;
     }
     return 0;
-}
-
-std::string orderText(const std::vector<int>& order) {
-    std::string text;
-    for (int branch : order) text += (text.empty() ? "" : ",") + std::to_string(branch);
-    return text;
-}
-
-void printLines(std::ostream& out, const std::vector<std::string>& lines, const char* indent) {
-    for (const auto& line : lines) out << indent << line << "\n";
 }
 
 void printIndented(std::ostream& out, const std::string& text, const char* indent) {
@@ -68,18 +59,24 @@ class BlockExplorer {
 
   private:
     RunRequest request(RunRequest::Mode mode) const;
+    // Runs every serial order of the block's operations and keeps their outcomes.
     bool runSerialOrders();
+    // Keeps a serial run's outcome; notes its refused commands and failed expectations.
+    void keepSerial(const RunResult& result);
+    void reportRefusedEverywhere();
     void depthFirst();
     void pct();
     // Runs, judges and counts one run; false when the explorer itself went wrong.
     bool runAndJudge(const RunRequest& request, RunResult* result);
-    // Whether the run is a finding; a serial run's outcome is the reference, never a finding.
-    bool judge(const RunRequest& request, const RunResult& result, FindingKind* kind,
-               std::string* key) const;
-    void report(const Finding& finding, const RunResult& result, const std::string& detail);
+    // The findings a run shows; a serial run's outcome is the reference, never non-serial.
+    std::vector<Finding> judge(const RunRequest& request, const RunResult& result) const;
+    bool declares(FindingKind kind) const;
+    void report(const Finding& finding, const RunResult& result);
+    void reportNonSerial(const RunResult& result);
     // Replays a finding's schedule once more: a finding must come back the same.
     void confirm(const Finding& finding);
     std::string where() const;
+    std::string describe(const Finding& finding) const;
     int verdict() const;
     void summary(double seconds) const;
 
@@ -89,6 +86,11 @@ class BlockExplorer {
     const Options& mOptions;
     std::ostream& mOut;
     std::map<std::string, std::string> mSerialOutcomes;  // outcome -> serial order
+    std::set<std::string> mRefusedEverywhere;      // branch commands refused in every serial run
+    std::map<std::string, std::string> mRefusals;  // command key -> why, as the world said
+    size_t mSerialRuns = 0;
+    bool mSerialCut = false;  // the serial orders stopped at the run budget
+    bool mExpectationFailed = false;
     std::vector<Finding> mFindings;
     size_t mRuns = 0;
     size_t mMostDecisions = 1;
@@ -109,41 +111,110 @@ RunRequest BlockExplorer::request(RunRequest::Mode mode) const {
 }
 
 bool BlockExplorer::runSerialOrders() {
-    std::vector<int> order(mStep.block->branches.size());
-    std::iota(order.begin(), order.end(), 1);
-    do {
+    for (size_t b = 0; b < mStep.block->branches.size(); ++b) {
+        for (size_t c = 0; c < mStep.block->branches[b].size(); ++c) {
+            mRefusedEverywhere.insert(std::to_string(b + 1) + "." + std::to_string(c + 1));
+        }
+    }
+    // Depth first over the points where more than one operation could begin: each run
+    // follows `order` (a prefix of an earlier run's choices and one new choice), then the
+    // default; every choice past the prefix opens the orders that choose otherwise there.
+    std::vector<std::vector<std::string>> pending = {{}};
+    while (!pending.empty() && !mBroken) {
+        if (mSerialRuns >= mOptions.maxRuns) {
+            mSerialCut = true;
+            break;
+        }
         RunRequest r = request(RunRequest::Mode::kSerial);
-        r.order = order;
+        r.order = std::move(pending.back());
+        r.checkExpectations = mOptions.check;
+        pending.pop_back();
         RunResult result;
+        ++mSerialRuns;
         if (!runAndJudge(r, &result)) return false;
-        if (result.clean) mSerialOutcomes.emplace(result.outcome(), orderText(order));
-    } while (std::next_permutation(order.begin(), order.end()));
-    return true;
+        keepSerial(result);
+        std::vector<std::string> chosen;
+        for (const auto& choice : result.serialChoices) chosen.push_back(choice.chosen);
+        for (size_t i = chosen.size(); i-- > r.order.size();) {
+            const auto& possible = result.serialChoices[i].possible;
+            for (auto alt = possible.rbegin(); alt != possible.rend(); ++alt) {
+                if (*alt == chosen[i]) continue;
+                std::vector<std::string> next(chosen.begin(), chosen.begin() + i);
+                next.push_back(*alt);
+                pending.push_back(std::move(next));
+            }
+        }
+    }
+    reportRefusedEverywhere();
+    return !mBroken;
 }
 
-bool BlockExplorer::judge(const RunRequest& request, const RunResult& result, FindingKind* kind,
-                          std::string* key) const {
-    if (result.stopKind == "deadlock") {
-        *kind = FindingKind::kDeadlock;
-        *key = result.stopDetail;
-    } else if (result.stopKind == "step-bound") {
-        *kind = FindingKind::kStepBound;
-        *key = "";
-    } else if (result.signal == SIGALRM) {
-        *kind = FindingKind::kHang;
-        *key = "";
-    } else if (!result.clean) {
-        *kind = FindingKind::kCrash;
-        *key = result.signal != 0 ? strsignal(result.signal)
-                                  : "exit " + std::to_string(result.exitCode);
-    } else if (request.mode != RunRequest::Mode::kSerial &&
-               mSerialOutcomes.count(result.outcome()) == 0) {
-        *kind = FindingKind::kNonSerial;
-        *key = result.outcome();
-    } else {
-        return false;
+void BlockExplorer::keepSerial(const RunResult& result) {
+    if (result.stopKind == "expectation") {
+        mOut << where() << ": in serial order " << result.operationOrder() << ":\n";
+        printIndented(mOut, result.stopDetail, "  ");
+        mExpectationFailed = true;
     }
-    return true;
+    if (!result.clean) return;
+    mSerialOutcomes.emplace(result.outcome(), result.operationOrder());
+    for (auto it = mRefusedEverywhere.begin(); it != mRefusedEverywhere.end();) {
+        const OperationRecord* op = result.operation(*it);
+        const std::string* refusal = nullptr;
+        if (op != nullptr) {
+            for (const std::string& line : op->lines) {
+                if (line.rfind("refused ", 0) == 0) refusal = &line;
+            }
+        }
+        if (refusal == nullptr) {
+            it = mRefusedEverywhere.erase(it);
+        } else {
+            mRefusals[*it] = *refusal;
+            ++it;
+        }
+    }
+}
+
+void BlockExplorer::reportRefusedEverywhere() {
+    if (mSerialOutcomes.empty() || mSerialCut) return;
+    for (const std::string& key : mRefusedEverywhere) {
+        Finding finding{FindingKind::kRefused, key, mRefusals[key], 0, "-"};
+        mFindings.push_back(finding);
+        mOut << where() << ": finding: " << describe(finding) << "\n";
+        mOut << "  command " << key << " of the block is refused in every serial order, so no "
+             << "run races it:\n    " << mRefusals[key] << "\n";
+    }
+}
+
+std::vector<Finding> BlockExplorer::judge(const RunRequest& request,
+                                          const RunResult& result) const {
+    std::vector<Finding> found;
+    auto add = [&](FindingKind kind, const std::string& key, const std::string& detail) {
+        found.push_back({kind, key, detail, mRuns, result.schedule()});
+    };
+    for (const std::string& held : result.locksAcrossCalls) {
+        const size_t blank = held.find(' ');
+        const std::string mutex = held.substr(0, blank);
+        const std::string op = blank == std::string::npos ? "" : held.substr(blank + 1);
+        const OperationRecord* record = result.operation(op);
+        add(FindingKind::kLockAcrossCall, held,
+            "operation " + op + (record != nullptr ? " (" + record->label + ")" : "") +
+                " calls another party while it holds " + mutex);
+    }
+    if (result.stopKind == "deadlock") {
+        add(FindingKind::kDeadlock, result.stopDetail, result.stopDetail);
+    } else if (result.stopKind == "step-bound") {
+        add(FindingKind::kStepBound, "", result.stopDetail);
+    } else if (result.signal == SIGALRM) {
+        add(FindingKind::kHang, "", "the run was still going after its time");
+    } else if (!result.clean && result.stopKind != "expectation") {
+        const std::string how = result.signal != 0 ? strsignal(result.signal)
+                                                   : "exit " + std::to_string(result.exitCode);
+        add(FindingKind::kCrash, how, how);
+    } else if (result.clean && request.mode != RunRequest::Mode::kSerial &&
+               mSerialOutcomes.count(result.outcome()) == 0) {
+        add(FindingKind::kNonSerial, result.outcome(), "");
+    }
+    return found;
 }
 
 bool BlockExplorer::runAndJudge(const RunRequest& request, RunResult* result) {
@@ -157,16 +228,15 @@ bool BlockExplorer::runAndJudge(const RunRequest& request, RunResult* result) {
         mBroken = true;
         return false;
     }
-    FindingKind kind;
-    std::string key;
-    if (!judge(request, *result, &kind, &key)) return true;
-    for (const Finding& known : mFindings) {
-        if (known.kind == kind && known.key == key) return true;
+    for (const Finding& finding : judge(request, *result)) {
+        const bool known = std::any_of(mFindings.begin(), mFindings.end(), [&](const Finding& f) {
+            return f.kind == finding.kind && f.key == finding.key;
+        });
+        if (known) continue;
+        mFindings.push_back(finding);
+        report(finding, *result);
+        confirm(finding);
     }
-    Finding finding{kind, key, mRuns, result->schedule()};
-    mFindings.push_back(finding);
-    report(finding, *result, kind == FindingKind::kCrash ? key : result->stopDetail);
-    confirm(finding);
     return true;
 }
 
@@ -175,34 +245,59 @@ void BlockExplorer::confirm(const Finding& finding) {
     std::string error;
     parseSchedule(finding.schedule, &again.deviations, &error);
     const RunResult result = mLauncher.run(again);
-    FindingKind kind;
-    std::string key;
-    if (judge(again, result, &kind, &key) && kind == finding.kind && key == finding.key) {
-        mOut << "  replayed with --schedule " << finding.schedule << ": the same finding\n";
-    } else {
-        mOut << "  replayed with --schedule " << finding.schedule
-             << ": NOT the same; the run is not deterministic\n";
-    }
+    const std::vector<Finding> found = judge(again, result);
+    const bool same = std::any_of(found.begin(), found.end(), [&](const Finding& f) {
+        return f.kind == finding.kind && f.key == finding.key;
+    });
+    mOut << "  replayed with --schedule " << finding.schedule
+         << (same ? ": the same finding\n" : ": NOT the same; the run is not deterministic\n");
 }
 
-void BlockExplorer::report(const Finding& finding, const RunResult& result,
-                           const std::string& detail) {
-    mOut << where() << ": finding: " << sim::findingName(finding.kind) << " in run " << finding.run
-         << ", schedule " << finding.schedule << "\n";
-    if (!detail.empty()) mOut << "  " << detail << "\n";
+bool BlockExplorer::declares(FindingKind kind) const {
+    const auto& expected = mStep.block->expectedFindings;
+    return std::any_of(expected.begin(), expected.end(),
+                       [&](const sim::ExpectedFinding& e) { return e.kind == kind; });
+}
+
+std::string BlockExplorer::describe(const Finding& finding) const {
+    std::string text = sim::findingName(finding.kind);
+    if (finding.run > 0) text += " in run " + std::to_string(finding.run);
+    text += ", schedule " + finding.schedule;
+    if (declares(finding.kind)) text += " (declared)";
+    return text;
+}
+
+void BlockExplorer::report(const Finding& finding, const RunResult& result) {
+    mOut << where() << ": finding: " << describe(finding) << "\n";
+    if (!finding.detail.empty()) mOut << "  " << finding.detail << "\n";
     if (finding.kind == FindingKind::kCrash && !result.errorOutput.empty()) {
         mOut << "  standard error of the run:\n";
         printIndented(mOut, result.errorOutput, "    ");
     }
-    mOut << "  transcript from the block on ([N] is the branch):\n";
-    printLines(mOut, result.transcript, "    ");
-    if (finding.kind != FindingKind::kNonSerial) return;
-    mOut << "  its outcome:\n";
-    printIndented(mOut, result.outcome(), "    ");
-    for (const auto& [outcome, order] : mSerialOutcomes) {
-        mOut << "  differs from the outcome of serial order " << order << ":\n";
-        printIndented(mOut, outcome, "    ");
+    if (finding.kind == FindingKind::kNonSerial) reportNonSerial(result);
+    mOut << "  the run from the block on, a column per thread (» an operation begins):\n";
+    printColumns(mOut, result, "    ");
+}
+
+void BlockExplorer::reportNonSerial(const RunResult& result) {
+    const std::string outcome = result.outcome();
+    const std::string* nearestOrder = nullptr;
+    std::vector<DiffLine> nearest;
+    for (const auto& [serial, order] : mSerialOutcomes) {
+        std::vector<DiffLine> diff = diffLines(serial, outcome);
+        if (nearestOrder == nullptr || diffSize(diff) < diffSize(nearest)) {
+            nearest = std::move(diff);
+            nearestOrder = &order;
+        }
     }
+    if (nearestOrder == nullptr) {
+        mOut << "  no serial order ended cleanly; its outcome:\n";
+        printIndented(mOut, outcome, "    ");
+        return;
+    }
+    mOut << "  its outcome against the nearest serial outcome (serial order " << *nearestOrder
+         << ", - only there, + only in this run):\n";
+    printDiff(mOut, nearest, "    ");
 }
 
 void BlockExplorer::depthFirst() {
@@ -266,23 +361,30 @@ void BlockExplorer::pct() {
 int BlockExplorer::verdict() const {
     if (mBroken) return sim::kExitBadScenario;
     if (!mOptions.check) return 0;
-    int code = 0;
-    const auto& expected = mStep.block->expectedFindings;
-    for (const Finding& f : mFindings) {
-        if (std::none_of(expected.begin(), expected.end(),
-                         [&](const sim::ExpectedFinding& e) { return e.kind == f.kind; })) {
-            code = 1;
-        }
+    int code = mExpectationFailed ? 1 : 0;
+    for (size_t i = 0; i < mFindings.size(); ++i) {
+        if (declares(mFindings[i].kind)) continue;
+        mOut << where() << ": check failed: finding " << i + 1 << " (" << describe(mFindings[i])
+             << ") is not declared\n";
+        code = 1;
     }
-    for (const sim::ExpectedFinding& e : expected) {
-        const auto found = std::count_if(mFindings.begin(), mFindings.end(),
-                                         [&](const Finding& f) { return f.kind == e.kind; });
-        if (found == 0 || (e.count >= 0 && found != e.count)) {
-            mOut << where() << ": declared " << (e.count >= 0 ? std::to_string(e.count) + " " : "")
-                 << sim::findingName(e.kind) << " finding" << (e.count == 1 ? "" : "s")
-                 << ", found " << found << "\n";
-            code = 1;
+    for (const sim::ExpectedFinding& e : mStep.block->expectedFindings) {
+        std::vector<size_t> found;
+        for (size_t i = 0; i < mFindings.size(); ++i) {
+            if (mFindings[i].kind == e.kind) found.push_back(i);
         }
+        if (!found.empty() && (e.count < 0 || found.size() == static_cast<size_t>(e.count))) {
+            continue;
+        }
+        mOut << where() << ": check failed: declared "
+             << (e.count >= 0 ? std::to_string(e.count) + " " : "") << sim::findingName(e.kind)
+             << " finding" << (e.count == 1 ? "" : "s") << ", found " << found.size();
+        for (size_t n = 0; n < found.size(); ++n) {
+            mOut << (n == 0 ? ": " : "; ") << "finding " << found[n] + 1 << " (run "
+                 << mFindings[found[n]].run << ", schedule " << mFindings[found[n]].schedule << ")";
+        }
+        mOut << "\n";
+        code = 1;
     }
     return code;
 }
@@ -290,7 +392,9 @@ int BlockExplorer::verdict() const {
 void BlockExplorer::summary(double seconds) const {
     mOut << where() << ": block " << mOrdinal + 1 << ": " << mStep.block->branches.size()
          << " branches, " << mSerialOutcomes.size() << " serial outcome"
-         << (mSerialOutcomes.size() == 1 ? "" : "s") << ", " << mRuns << " runs";
+         << (mSerialOutcomes.size() == 1 ? "" : "s") << " of " << mSerialRuns << " serial order"
+         << (mSerialRuns == 1 ? "" : "s") << (mSerialCut ? " (stopped at the run budget)" : "")
+         << ", " << mRuns << " runs";
     if (mOptions.pctRuns > 0) {
         mOut << " (PCT, depth " << mOptions.depth << ", seed " << mOptions.seed << ")";
     } else {
@@ -337,7 +441,7 @@ int BlockExplorer::replay() {
     if (mFindings.size() == before) {
         mOut << where() << ": schedule " << mOptions.schedule << " on block " << mOrdinal + 1
              << ": no finding\n";
-        if (!mOptions.quiet) printLines(mOut, result.transcript, "  ");
+        if (!mOptions.quiet) printColumns(mOut, result, "  ");
         return 0;
     }
     return 1;

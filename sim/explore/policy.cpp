@@ -17,25 +17,54 @@ bool offers(const Decision& decision, int thread) {
 }  // namespace
 
 int GuidedPolicy::choose(const Decision& decision) {
+    mReached = std::max(mReached, decision.index + 1);
     auto it = mDeviations.find(decision.index);
     if (it == mDeviations.end()) return decision.fallback;
     return offers(decision, it->second) ? it->second : 0;
 }
 
-size_t SerialPolicy::rank(int branch) const {
-    auto it = std::find(mOrder.begin(), mOrder.end(), branch);
-    return static_cast<size_t>(it - mOrder.begin());
+bool GuidedPolicy::fitted(std::string* why) const {
+    if (mDeviations.empty() || mDeviations.rbegin()->first < mReached) return true;
+    *why = "the schedule names decision " + std::to_string(mDeviations.rbegin()->first) +
+           ", but the run made " + std::to_string(mReached) + " decisions";
+    return false;
 }
 
 int SerialPolicy::choose(const Decision& decision) {
-    const Candidate* best = nullptr;
+    // An operation under way runs on to its end: the thread that reached this point, or
+    // failing that any thread in the middle of one.
+    const Candidate* chosen = nullptr;
     for (const Candidate& c : decision.candidates) {
-        if (best == nullptr || rank(c.branch) < rank(best->branch) ||
-            (rank(c.branch) == rank(best->branch) && c.thread == decision.fallback)) {
-            best = &c;
+        if (c.atOperationStart) continue;
+        if (chosen == nullptr || c.thread == decision.current) chosen = &c;
+    }
+    if (chosen == nullptr) chosen = chooseOperation(decision);
+    mLastBranch = chosen->branch;
+    return chosen->thread;
+}
+
+const Candidate* SerialPolicy::chooseOperation(const Decision& decision) {
+    std::vector<const Candidate*> starts;
+    for (const Candidate& c : decision.candidates) starts.push_back(&c);
+    std::sort(starts.begin(), starts.end(), [this](const Candidate* a, const Candidate* b) {
+        const bool aOther = a->branch != mLastBranch;
+        const bool bOther = b->branch != mLastBranch;
+        return aOther != bOther ? bOther : a->thread < b->thread;
+    });
+    const Candidate* chosen = starts.front();
+    if (starts.size() < 2) return chosen;
+    Choice choice;
+    for (const Candidate* c : starts) choice.possible.push_back(c->operation);
+    std::sort(choice.possible.begin(), choice.possible.end());
+    if (mChoices < mOrder.size()) {
+        for (const Candidate* c : starts) {
+            if (c->operation == mOrder[mChoices]) chosen = c;
         }
     }
-    return best->thread;
+    ++mChoices;
+    choice.chosen = chosen->operation;
+    if (mListener) mListener(choice);
+    return chosen;
 }
 
 PctPolicy::PctPolicy(uint64_t seed, int depth, size_t expectedDecisions)

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <random>
 #include <string>
@@ -15,7 +16,17 @@ struct Candidate {
     int thread = 0;  // numbered from 1 in creation order: branches first
     int branch = 0;  // the branch the thread works for, from 1
     int cost = 0;  // 1 when choosing it preempts a thread that could go on, or wakes a pause early
-    bool early = false;  // a paused thread woken before its time while others could run
+    bool early = false;             // a paused thread woken before its time while others could run
+    std::string operation;          // the key of the operation the thread runs or begins
+    bool atOperationStart = false;  // choosing it begins `operation`
+};
+
+// An operation beginning: a command of a branch ("B.C") or a delivery a world event set off
+// on a thread of its own ("CAUSE/N": the N-th the operation CAUSE set off).
+struct OperationStart {
+    std::string key;
+    int thread = 0;
+    std::string label;  // the command as written, or the delivery's kind
 };
 
 // A point of a run where more than one thread could run next.
@@ -32,6 +43,9 @@ class Policy {
     // One of the candidates' threads; 0 when the policy cannot follow this run (a replayed
     // schedule that does not fit it).
     virtual int choose(const Decision& decision) = 0;
+    // After the run: whether the run took every choice the policy was told to make; else
+    // *why. Only a replayed schedule can fail to fit.
+    virtual bool fitted(std::string* /*why*/) const { return true; }
 };
 
 // The default policy, but for the decisions a schedule names: the schedule string of a run.
@@ -39,21 +53,37 @@ class GuidedPolicy : public Policy {
   public:
     explicit GuidedPolicy(std::map<size_t, int> deviations) : mDeviations(std::move(deviations)) {}
     int choose(const Decision& decision) override;
+    bool fitted(std::string* why) const override;
 
   private:
     std::map<size_t, int> mDeviations;
+    size_t mReached = 0;  // decisions reached
 };
 
-// One serial order: the threads of the earliest branch in `order` run first, pauses fire at
-// once, so each branch runs whole, with what it starts, before the next one begins.
+// One serial order of a block's operations: an operation, once begun, runs whole (pauses
+// fire at once) before another begins. Where several operations could begin, the policy
+// takes the next key of `order`; once `order` is used up it continues the branch that ran
+// last, then what that branch set off, then the lowest-numbered thread. An empty `order` so
+// plays each branch whole, with what it sets off, before the next branch.
 class SerialPolicy : public Policy {
   public:
-    explicit SerialPolicy(std::vector<int> order) : mOrder(std::move(order)) {}
+    // A point where more than one operation could begin: the one that did, and all of them.
+    struct Choice {
+        std::string chosen;
+        std::vector<std::string> possible;
+    };
+    using ChoiceListener = std::function<void(const Choice&)>;
+
+    explicit SerialPolicy(std::vector<std::string> order, ChoiceListener listener = nullptr)
+        : mOrder(std::move(order)), mListener(std::move(listener)) {}
     int choose(const Decision& decision) override;
 
   private:
-    size_t rank(int branch) const;
-    std::vector<int> mOrder;
+    const Candidate* chooseOperation(const Decision& decision);
+    std::vector<std::string> mOrder;
+    ChoiceListener mListener;
+    size_t mChoices = 0;
+    int mLastBranch = 0;
 };
 
 // Probabilistic concurrency testing: random thread priorities, the highest enabled thread

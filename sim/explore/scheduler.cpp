@@ -44,8 +44,11 @@ Scheduler::~Scheduler() {
     sem_destroy(&mDone);
 }
 
-void Scheduler::run(const std::vector<std::function<void()>>& branches) {
-    for (size_t i = 0; i < branches.size(); ++i) start(static_cast<int>(i) + 1, branches[i]);
+void Scheduler::run(const std::vector<Branch>& branches) {
+    for (size_t i = 0; i < branches.size(); ++i) {
+        start(static_cast<int>(i) + 1, branches[i].work,
+              {branches[i].firstKey, 0, branches[i].firstLabel});
+    }
     zdhost::schedule::install(this);
     reschedule(nullptr);
     sem_wait(&mDone);
@@ -53,11 +56,14 @@ void Scheduler::run(const std::vector<std::function<void()>>& branches) {
     for (auto& thread : mThreads) thread->os.join();
 }
 
-Scheduler::Thread* Scheduler::start(int branch, std::function<void()> work) {
+Scheduler::Thread* Scheduler::start(int branch, std::function<void()> work,
+                                    const OperationStart& first) {
     auto thread = std::make_unique<Thread>();
     thread->id = static_cast<int>(mThreads.size()) + 1;
     thread->branch = branch;
     thread->work = std::move(work);
+    thread->operation = first.key;
+    thread->label = first.label;
     sem_init(&thread->turn, 0, 0);
     Thread* raw = thread.get();
     mThreads.push_back(std::move(thread));
@@ -68,6 +74,7 @@ Scheduler::Thread* Scheduler::start(int branch, std::function<void()> work) {
 void Scheduler::body(Thread* self) {
     sem_wait(&self->turn);
     tSelf = self;
+    began(self);
     zdhost::schedule::setControlled(true);
     zdhost::schedule::setThreadTag(self->branch);
     zdhost::pool::runAsPoolThread(self->work);
@@ -78,11 +85,45 @@ void Scheduler::body(Thread* self) {
 
 void Scheduler::spawn(std::function<void()> work) {
     Thread* me = static_cast<Thread*>(tSelf);
-    start(me->branch, std::move(work));
+    const std::string key = me->operation + "/" + std::to_string(++mSpawns[me->operation]);
+    start(me->branch, std::move(work), {key, 0, "delivery"});
 }
 
-void Scheduler::point(zdhost::schedule::Point, const void*) {
-    reschedule(static_cast<Thread*>(tSelf));
+void Scheduler::beginOperation(const std::string& key, const std::string& label) {
+    Thread* me = static_cast<Thread*>(tSelf);
+    if (me->operation == key) return;  // the thread's first operation began with the thread
+    me->operation = key;
+    me->label = label;
+    me->atOperationStart = true;
+    reschedule(me);
+    began(me);
+}
+
+void Scheduler::began(Thread* me) {
+    me->atOperationStart = false;
+    if (mEvents.operationBegan) mEvents.operationBegan({me->operation, me->id, me->label});
+}
+
+std::string Scheduler::currentOperation() {
+    const Thread* me = static_cast<const Thread*>(tSelf);
+    return me == nullptr ? std::string() : me->operation;
+}
+
+void Scheduler::point(zdhost::schedule::Point kind, const void*) {
+    Thread* me = static_cast<Thread*>(tSelf);
+    if (kind == zdhost::schedule::Point::kCall) noteRemoteCall(me);
+    reschedule(me);
+}
+
+void Scheduler::noteRemoteCall(const Thread* me) {
+    if (!mEvents.lockHeldAcrossCall) return;
+    for (const auto& [mutex, owner] : mOwners) {
+        if (owner != me) continue;
+        const std::string name = objectName(mutex);
+        // The connection lock is held across the whole connection, look-ups and the daemon's
+        // sub-interface calls included, by design: a death notice must wait for it.
+        if (name != "fusdMutex") mEvents.lockHeldAcrossCall(name);
+    }
 }
 
 void Scheduler::acquire(const void* mutex) {
@@ -126,7 +167,8 @@ std::vector<Candidate> Scheduler::candidates(const Thread* me) const {
     std::vector<Candidate> enabled;
     for (const auto& t : mThreads) {
         if (t->state != State::kEnabled) continue;
-        enabled.push_back({t->id, t->branch, meCanGoOn && t.get() != me ? 1 : 0, false});
+        enabled.push_back({t->id, t->branch, meCanGoOn && t.get() != me ? 1 : 0, false,
+                           t->operation, t->atOperationStart});
     }
     uint64_t earliest = UINT64_MAX;
     for (const auto& t : mThreads) {
@@ -136,9 +178,9 @@ std::vector<Candidate> Scheduler::candidates(const Thread* me) const {
     for (const auto& t : mThreads) {
         if (t->state != State::kPaused) continue;
         if (!enabled.empty()) {
-            all.push_back({t->id, t->branch, 1, true});
+            all.push_back({t->id, t->branch, 1, true, t->operation, false});
         } else if (t->wakeAt == earliest) {
-            all.push_back({t->id, t->branch, 0, false});
+            all.push_back({t->id, t->branch, 0, false, t->operation, false});
         }
     }
     std::sort(all.begin(), all.end(),

@@ -27,13 +27,25 @@ class Scheduler : public zdhost::schedule::Controller {
     struct Events {
         std::function<void(const Decision&, int chosen)> decided;      // may be empty
         std::function<void(Stop, const std::string& detail)> stopped;  // must not return
+        // An operation began on `thread`: a command of a branch, or a delivery that a world
+        // event set off on a thread of its own. May be empty.
+        std::function<void(const OperationStart&)> operationBegan;
+        // The running thread makes a remote call while it holds a library mutex other than
+        // the connection lock: the mutex's name. May be empty.
+        std::function<void(const std::string& mutex)> lockHeldAcrossCall;
     };
     Scheduler(Policy& policy, Events events, size_t stepBound);
     ~Scheduler() override;
 
+    // A branch's work, with the key and label of the operation it begins with.
+    struct Branch {
+        std::function<void()> work;
+        std::string firstKey;
+        std::string firstLabel;
+    };
     // Runs each branch on a controlled thread of its own (threads 1..n, tags 1..n) and
     // returns once every controlled thread, the ones they start included, has finished.
-    void run(const std::vector<std::function<void()>>& branches);
+    void run(const std::vector<Branch>& branches);
 
     void point(zdhost::schedule::Point kind, const void* object) override;
     void acquire(const void* mutex) override;
@@ -41,6 +53,14 @@ class Scheduler : public zdhost::schedule::Controller {
     void release(const void* mutex) override;
     void pause(useconds_t micros) override;
     void spawn(std::function<void()> work) override;
+
+    // Called by a branch's thread before each of its commands: the operation `key` ("B.C",
+    // branch B's command C, both from 1) begins. It is a scheduling point, so that another
+    // operation may run between two commands of a branch.
+    void beginOperation(const std::string& key, const std::string& label);
+    // The key of the operation the calling thread runs; "" on a thread the scheduler does
+    // not run.
+    static std::string currentOperation();
 
   private:
     enum class State { kEnabled, kBlocked, kPaused, kFinished };
@@ -50,12 +70,17 @@ class Scheduler : public zdhost::schedule::Controller {
         State state = State::kEnabled;
         const void* waitsFor = nullptr;
         uint64_t wakeAt = 0;
+        std::string operation;  // the key of the operation it runs or is about to begin
+        std::string label;
+        bool atOperationStart = true;  // it has not run a step of `operation` yet
         sem_t turn;
         std::function<void()> work;
         std::thread os;
     };
 
-    Thread* start(int branch, std::function<void()> work);
+    Thread* start(int branch, std::function<void()> work, const OperationStart& first);
+    // `me` runs the first step of its operation.
+    void began(Thread* me);
     void body(Thread* self);
     // The running thread `me` (null when the run starts) is at a point: picks who runs
     // next and hands over the baton; returns when `me` runs again.
@@ -65,12 +90,14 @@ class Scheduler : public zdhost::schedule::Controller {
     Thread* pick(Thread* me);
     void handOver(Thread* me, Thread* next);
     std::string waitsDescription() const;
+    void noteRemoteCall(const Thread* me);
 
     Policy& mPolicy;
     Events mEvents;
     size_t mStepBound;
     std::vector<std::unique_ptr<Thread>> mThreads;
     std::map<const void*, Thread*> mOwners;
+    std::map<std::string, int> mSpawns;  // deliveries set off so far, by causing operation
     uint64_t mNow = 0;
     size_t mSteps = 0;
     size_t mDecisions = 0;

@@ -83,7 +83,9 @@ bool addExpectedFinding(const Line& line, Step* blockStep, std::string* error) {
     if ((n != 2 && n != 3) || !parseFindingKind(line.tokens[1].text, &expected.kind) ||
         (n == 3 &&
          (!parseInt64(line.tokens[2], &count, &ignored) || count < 1 || count > 100000))) {
-        *error = "usage: expect-finding crash|deadlock|step-bound|hang|non-serial [COUNT]";
+        *error =
+            "usage: expect-finding "
+            "crash|deadlock|step-bound|hang|non-serial|lock-across-call|refused [COUNT]";
         return false;
     }
     if (n == 3) expected.count = static_cast<int>(count);
@@ -99,15 +101,19 @@ bool addExpectedFinding(const Line& line, Step* blockStep, std::string* error) {
     return true;
 }
 
+std::string commandText(const Step& step) {
+    const std::string& text = step.source.text;
+    const size_t start = text.find_first_not_of(" \t");
+    return text.substr(start == std::string::npos ? 0 : start);
+}
+
+void runBranchStep(const Step& step) {
+    std::string error;
+    if (!step.run(&error)) Transcript::get().emit("refused " + commandText(step) + ": " + error);
+}
+
 void runBranch(const std::vector<Step>& steps) {
-    for (const Step& step : steps) {
-        std::string error;
-        if (step.run(&error)) continue;
-        const std::string& text = step.source.text;
-        const size_t start = text.find_first_not_of(" \t");
-        Transcript::get().emit("refused " + text.substr(start == std::string::npos ? 0 : start) +
-                               ": " + error);
-    }
+    for (const Step& step : steps) runBranchStep(step);
 }
 
 void runBlockConcurrently(const Block& block) {

@@ -35,11 +35,15 @@ class BlockReader {
 // `expect-finding KIND` after a block's `end`.
 bool addExpectedFinding(const Line& line, Step* blockStep, std::string* error);
 
-// Runs one branch's commands in order on the calling thread. A world command that the
-// world refuses in its state of the moment (the daemon died first, say) prints
-// `refused COMMAND: REASON` and the branch goes on: in a concurrent block that is an
+// Runs one command of a branch on the calling thread. A world command that the world
+// refuses in its state of the moment (the daemon died first, say) prints
+// `refused COMMAND: REASON`, and the branch goes on: in a concurrent block that is an
 // outcome, not a malformed scenario.
+void runBranchStep(const Step& step);
+// Runs one branch's commands in order on the calling thread.
 void runBranch(const std::vector<Step>& steps);
+// The command as written, without its indentation.
+std::string commandText(const Step& step);
 
 // The tag of branch `index` (from 0) in the transcript's listener.
 inline int branchTag(size_t index) {

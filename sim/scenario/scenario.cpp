@@ -35,12 +35,7 @@ bool parseCommand(const Line& line, Step* step, std::string* error) {
         *error = "a command must start with a word";
         return false;
     }
-    if (isWorldCommand(head)) {
-        step->run = [head, args](std::string* error) {
-            return World::get().command(head, args, error);
-        };
-        return true;
-    }
+    if (isWorldCommand(head)) return World::get().prepare(head, args, &step->run, error);
     if (head == "call") {
         if (!prepareCall(args, &action, error)) return false;
     } else if (isEnvironmentCommand(head)) {
@@ -115,13 +110,18 @@ const char* findingName(FindingKind kind) {
             return "hang";
         case FindingKind::kNonSerial:
             return "non-serial";
+        case FindingKind::kLockAcrossCall:
+            return "lock-across-call";
+        case FindingKind::kRefused:
+            return "refused";
     }
     return "?";
 }
 
 bool parseFindingKind(const std::string& name, FindingKind* kind) {
-    for (FindingKind k : {FindingKind::kCrash, FindingKind::kDeadlock, FindingKind::kStepBound,
-                          FindingKind::kHang, FindingKind::kNonSerial}) {
+    for (FindingKind k :
+         {FindingKind::kCrash, FindingKind::kDeadlock, FindingKind::kStepBound, FindingKind::kHang,
+          FindingKind::kNonSerial, FindingKind::kLockAcrossCall, FindingKind::kRefused}) {
         if (name == findingName(k)) {
             *kind = k;
             return true;
@@ -221,8 +221,9 @@ int runScenario(const Scenario& scenario, bool check, std::ostream& report) {
     return play(scenario, check, nullptr, report);
 }
 
-int runScenarioWith(const Scenario& scenario, const BlockPlayer& playBlock, std::ostream& report) {
-    return play(scenario, false, playBlock, report);
+int runScenarioWith(const Scenario& scenario, bool check, const BlockPlayer& playBlock,
+                    std::ostream& report) {
+    return play(scenario, check, playBlock, report);
 }
 
 }  // namespace sim

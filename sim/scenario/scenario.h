@@ -24,7 +24,18 @@ struct Step {
 };
 
 // Findings of the schedule explorer that a block may declare as expected.
-enum class FindingKind { kCrash, kDeadlock, kStepBound, kHang, kNonSerial };
+// kLockAcrossCall: the library called another party while it held one of its own mutexes
+// (the connection lock aside). kRefused: a command of a branch that the world refuses in
+// every serial order of the block, so the block never races it.
+enum class FindingKind {
+    kCrash,
+    kDeadlock,
+    kStepBound,
+    kHang,
+    kNonSerial,
+    kLockAcrossCall,
+    kRefused
+};
 const char* findingName(FindingKind kind);
 bool parseFindingKind(const std::string& name, FindingKind* kind);
 
@@ -46,8 +57,8 @@ struct Scenario {
     std::vector<Step> steps;
 };
 
-// Builds the steps from lexed lines: environment commands and calls are fully checked
-// here; `fusd`, `vhal` and `fw` commands are checked by the world when they run.
+// Builds the steps from lexed lines, every command fully checked here; a world command may
+// still be refused when it runs, by the world's state of the moment.
 // False and *error, at the offending line, when a line is malformed.
 bool parseScenario(const std::vector<Line>& lines, Scenario* out, SourceError* error);
 
@@ -66,8 +77,8 @@ int runScenario(const Scenario& scenario, bool check, std::ostream& report);
 // Plays a concurrent block in place of its own `run`: `ordinal` counts the scenario's
 // blocks from 0. False and *error end the run as a malformed scenario.
 using BlockPlayer = std::function<bool(const Block& block, size_t ordinal, std::string* error)>;
-// Runs the scenario as above, without holding expectations, with every concurrent block
-// played by `playBlock`.
-int runScenarioWith(const Scenario& scenario, const BlockPlayer& playBlock, std::ostream& report);
+// Runs the scenario as above, with every concurrent block played by `playBlock`.
+int runScenarioWith(const Scenario& scenario, bool check, const BlockPlayer& playBlock,
+                    std::ostream& report);
 
 }  // namespace sim

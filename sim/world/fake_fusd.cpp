@@ -47,22 +47,26 @@ void FakeFusd::reset() {
     mParty.reset();
 }
 
-bool FakeFusd::command(const std::vector<Token>& args, std::string* error) {
+bool FakeFusd::prepare(const std::vector<Token>& args, WorldAction* action, std::string* error) {
     bool handled = false;
-    bool ok = mParty.knobCommand(args, &handled, error);
+    bool ok = mParty.prepareKnob(args, &handled, action, error);
     if (handled) return ok;
     const std::string verb = args.empty() ? std::string() : args[0].text;
     if (verb == "register" && args.size() == 1) {
-        registerDaemon();
+        *action = [this](std::string*) {
+            registerDaemon();
+            return true;
+        };
         return true;
     }
-    if (verb == "register-at-lookup") return registerAtLookup(args, error);
-    if (verb == "kill" && args.size() == 1) return kill(true, error);
-    if (verb == "kill" && args.size() == 2 && args[1].text == "unpromotable") {
-        return kill(false, error);
+    if (verb == "register-at-lookup") return registerAtLookup(args, action, error);
+    const bool unpromotable = args.size() == 2 && args[1].text == "unpromotable";
+    if (verb == "kill" && (args.size() == 1 || unpromotable)) {
+        *action = [this, unpromotable](std::string* error) { return kill(!unpromotable, error); };
+        return true;
     }
-    if (verb == "nested") return call({args.begin() + 1, args.end()}, true, error);
-    if (isDaemonCall(verb)) return call(args, false, error);
+    if (verb == "nested") return call({args.begin() + 1, args.end()}, true, action, error);
+    if (isDaemonCall(verb)) return call(args, false, action, error);
     *error = "unknown command: fusd " + verb;
     return false;
 }
@@ -124,7 +128,8 @@ bool FakeFusd::kill(bool promotableWho, std::string* error) {
     return true;
 }
 
-bool FakeFusd::registerAtLookup(const std::vector<Token>& args, std::string* error) {
+bool FakeFusd::registerAtLookup(const std::vector<Token>& args, WorldAction* action,
+                                std::string* error) {
     int64_t count = 0;
     if (args.size() != 2) {
         *error = "usage: fusd register-at-lookup K";
@@ -135,8 +140,11 @@ bool FakeFusd::registerAtLookup(const std::vector<Token>& args, std::string* err
         *error = "register-at-lookup counts look-ups from 1";
         return false;
     }
-    std::lock_guard<std::mutex> lock(mLock);
-    mLookupsUntilRegister = count;
+    *action = [this, count](std::string*) {
+        std::lock_guard<std::mutex> lock(mLock);
+        mLookupsUntilRegister = count;
+        return true;
+    };
     return true;
 }
 
@@ -149,12 +157,19 @@ void FakeFusd::beforeLookup(const std::string& fqName) {
     registerDaemon();
 }
 
-bool FakeFusd::call(const std::vector<Token>& words, bool nested, std::string* error) {
+bool FakeFusd::call(const std::vector<Token>& words, bool nested, WorldAction* action,
+                    std::string* error) {
     DaemonCall daemonCall;
     if (!parseDaemonCall(words, &daemonCall, error)) return false;
-    if (!nested) return deliver(daemonCall, error);
-    std::lock_guard<std::mutex> lock(mLock);
-    mNested.push_back(std::move(daemonCall));
+    if (!nested) {
+        *action = [this, daemonCall](std::string* error) { return deliver(daemonCall, error); };
+        return true;
+    }
+    *action = [this, daemonCall](std::string*) {
+        std::lock_guard<std::mutex> lock(mLock);
+        mNested.push_back(daemonCall);
+        return true;
+    };
     return true;
 }
 

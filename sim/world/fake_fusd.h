@@ -27,8 +27,9 @@ class FakeFusd {
     FakeFusd();
 
     // The command after `fusd`: register, register-at-lookup K, kill [unpromotable],
-    // fail/heal/answer/provide, nested OP ARGS, or a callback operation OP ARGS.
-    bool command(const std::vector<Token>& args, std::string* error);
+    // fail/heal/answer/provide, nested OP ARGS, or a callback operation OP ARGS; false and
+    // *error when it is malformed, else *action runs it.
+    bool prepare(const std::vector<Token>& args, WorldAction* action, std::string* error);
     // Runtime hook: an IFusdLbs look-up is about to be made.
     void beforeLookup(const std::string& fqName);
     // A fresh world: no daemon, no knobs, nothing pending.
@@ -54,8 +55,9 @@ class FakeFusd {
     android::sp<Lbs> newDaemon(const android::sp<zdhost::ServiceProcess>& process);
     void registerDaemon();
     bool kill(bool promotableWho, std::string* error);
-    bool registerAtLookup(const std::vector<Token>& args, std::string* error);
-    bool call(const std::vector<Token>& words, bool nested, std::string* error);
+    bool registerAtLookup(const std::vector<Token>& args, WorldAction* action, std::string* error);
+    bool call(const std::vector<Token>& words, bool nested, WorldAction* action,
+              std::string* error);
     bool deliver(const DaemonCall& call, std::string* error);
     android::sp<Lbs> running();  // the daemon's IFusdLbs, null while it is down
     // Runs, on the calling thread, the nested calls waiting for this callback's registration.

@@ -44,15 +44,39 @@ void FakeVhal::reset() {
         mParty.setAnswer(std::string(name) + ".getHalHidlVersion", "1");
 }
 
-bool FakeVhal::command(const std::vector<Token>& args, std::string* error) {
+bool FakeVhal::prepare(const std::vector<Token>& args, WorldAction* action, std::string* error) {
     bool handled = false;
-    bool ok = mParty.knobCommand(args, &handled, error);
+    bool ok = mParty.prepareKnob(args, &handled, action, error);
     if (handled) return ok;
     const std::string verb = args.empty() ? std::string() : args[0].text;
-    if (verb == "register") return registerHal(args, error);
-    if (verb == "unregister") return unregisterHal(args, error);
-    if (verb == "hidlVersion") return hidlVersion(args, error);
-    if (verb == "AgpsRequestSuplDns") return requestSuplDns(args, error);
+    const std::string version = args.size() == 2 ? args[1].text : std::string();
+    const bool knownVersion = version == "1.0" || version == "2.0";
+    if (verb == "register" || verb == "unregister") {
+        if (!knownVersion) {
+            *error = "usage: vhal " + verb + " 1.0|2.0";
+            return false;
+        }
+        if (verb == "register") {
+            *action = [this, version](std::string*) {
+                registerHal(version);
+                return true;
+            };
+        } else {
+            *action = [this, version](std::string* error) { return unregisterHal(version, error); };
+        }
+        return true;
+    }
+    if (verb == "hidlVersion") return hidlVersion(args, action, error);
+    if (verb == "AgpsRequestSuplDns") {
+        if (args.size() != 2) {
+            *error = "usage: vhal AgpsRequestSuplDns \"FQDN\"";
+            return false;
+        }
+        *action = [this, fqdn = args[1].text](std::string* error) {
+            return requestSuplDns(fqdn, error);
+        };
+        return true;
+    }
     *error = "unknown command: vhal " + verb;
     return false;
 }
@@ -101,43 +125,35 @@ sp<IBase> FakeVhal::newHal(const std::string& version) {
     return makeFake<Gnss20>(mParty, mProcess, "IZDGnss2.0", mParty, std::move(getters));
 }
 
-bool FakeVhal::registerHal(const std::vector<Token>& args, std::string* error) {
+void FakeVhal::registerHal(const std::string& version) {
     sp<IBase> service;
     {
         std::lock_guard<std::mutex> lock(mLock);
-        sp<IBase>* slot = args.size() == 2 ? slotOf(args[1].text) : nullptr;
-        if (slot == nullptr) {
-            *error = "usage: vhal register 1.0|2.0";
-            return false;
-        }
-        if (*slot == nullptr) *slot = newHal(args[1].text);
+        sp<IBase>* slot = slotOf(version);
+        if (*slot == nullptr) *slot = newHal(version);
         service = *slot;
     }
     zdhost::ServiceManager::get().add(kInstance, service);
-    return true;
 }
 
-bool FakeVhal::unregisterHal(const std::vector<Token>& args, std::string* error) {
+bool FakeVhal::unregisterHal(const std::string& version, std::string* error) {
     sp<IBase> service;
     {
         std::lock_guard<std::mutex> lock(mLock);
-        sp<IBase>* slot = args.size() == 2 ? slotOf(args[1].text) : nullptr;
-        if (slot == nullptr) {
-            *error = "usage: vhal unregister 1.0|2.0";
-            return false;
-        }
+        sp<IBase>* slot = slotOf(version);
         service = *slot;
         *slot = nullptr;
     }
     if (service == nullptr) {
-        *error = "the vendor HAL " + args[1].text + " is not registered";
+        *error = "the vendor HAL " + version + " is not registered";
         return false;
     }
     zdhost::ServiceManager::get().remove(service);
     return true;
 }
 
-bool FakeVhal::hidlVersion(const std::vector<Token>& args, std::string* error) {
+bool FakeVhal::hidlVersion(const std::vector<Token>& args, WorldAction* action,
+                           std::string* error) {
     int64_t version = 0;
     if (args.size() != 2) {
         *error = "usage: vhal hidlVersion N";
@@ -148,17 +164,16 @@ bool FakeVhal::hidlVersion(const std::vector<Token>& args, std::string* error) {
         *error = "a HIDL version code has 16 bits";
         return false;
     }
-    for (const char* name : kGnssNames) {
-        mParty.setAnswer(std::string(name) + ".getHalHidlVersion", args[1].text);
-    }
+    *action = [this, code = args[1].text](std::string*) {
+        for (const char* name : kGnssNames) {
+            mParty.setAnswer(std::string(name) + ".getHalHidlVersion", code);
+        }
+        return true;
+    };
     return true;
 }
 
-bool FakeVhal::requestSuplDns(const std::vector<Token>& args, std::string* error) {
-    if (args.size() != 2) {
-        *error = "usage: vhal AgpsRequestSuplDns \"FQDN\"";
-        return false;
-    }
+bool FakeVhal::requestSuplDns(const std::string& name, std::string* error) {
     sp<SuplCallback> callback;
     {
         std::lock_guard<std::mutex> lock(mLock);
@@ -168,7 +183,7 @@ bool FakeVhal::requestSuplDns(const std::vector<Token>& args, std::string* error
         *error = "no IZDAGpsSuplFqdnCallback was registered with the vendor HAL";
         return false;
     }
-    hidl_string fqdn(args[1].text);
+    hidl_string fqdn(name);
     zdhost::pool::deliverCall([&] { (void)callback->AgpsRequestSuplDns(fqdn).isOk(); });
     return true;
 }

@@ -23,7 +23,8 @@ class FakeVhal {
 
     // The command after `vhal`: register/unregister 1.0|2.0, hidlVersion N,
     // fail/heal/answer/provide, AgpsRequestSuplDns "FQDN".
-    bool command(const std::vector<Token>& args, std::string* error);
+    // False and *error when it is malformed; else *action runs it.
+    bool prepare(const std::vector<Token>& args, WorldAction* action, std::string* error);
     // A fresh world: nothing registered, no knobs, HIDL version 1.
     void reset();
 
@@ -38,10 +39,10 @@ class FakeVhal {
     // The registered service of `version` ("1.0" or "2.0"), or null.
     android::sp<android::hidl::base::V1_0::IBase>* slotOf(const std::string& version);
     android::sp<android::hidl::base::V1_0::IBase> newHal(const std::string& version);
-    bool registerHal(const std::vector<Token>& args, std::string* error);
-    bool unregisterHal(const std::vector<Token>& args, std::string* error);
-    bool hidlVersion(const std::vector<Token>& args, std::string* error);
-    bool requestSuplDns(const std::vector<Token>& args, std::string* error);
+    void registerHal(const std::string& version);
+    bool unregisterHal(const std::string& version, std::string* error);
+    bool hidlVersion(const std::vector<Token>& args, WorldAction* action, std::string* error);
+    bool requestSuplDns(const std::string& fqdn, std::string* error);
     Extensions::Getter suplFqdnGetter();
     template <typename Stub>
     Extensions::Getter getter(const char* op, const char* feature, const char* name);

@@ -1,5 +1,7 @@
 #include "framework.h"
 
+#include <zdhost/schedule.h>
+
 #include "format.h"
 #include "objects.h"
 #include "recorder.h"
@@ -21,16 +23,21 @@ std::string fmtArray(const int32_t* values, uint32_t count) {
     return out + "]";
 }
 
+// The fence client and the SUPL DNS hooks are plain functions of the framework: a call
+// into them leaves the library as a remote call does, and is a scheduling point as one.
 void corvaneGeofenceAddResult(int32_t* geofenceIds, int32_t* results, uint32_t count) {
+    zdhost::schedule::reach(zdhost::schedule::Point::kCall);
     Transcript::get().emit("fw corvaneCb.geofenceAddResult(" + fmtArray(geofenceIds, count) + ", " +
                            fmtArray(results, count) + ", " + fmt(count) + ")");
 }
 
 void hookA(const hidl_string& fqdn) {
+    zdhost::schedule::reach(zdhost::schedule::Point::kCall);
     Transcript::get().emit("fw fdCallback.hookA(" + fmt(fqdn) + ")");
 }
 
 void hookB(const hidl_string& fqdn) {
+    zdhost::schedule::reach(zdhost::schedule::Point::kCall);
     Transcript::get().emit("fw fdCallback.hookB(" + fmt(fqdn) + ")");
 }
 
@@ -60,27 +67,30 @@ void Framework::reset() {
     mFdCallback.sendAgpsRequestSuplDns = hookA;
 }
 
-bool Framework::command(const std::vector<Token>& args, std::string* error) {
+bool Framework::prepare(const std::vector<Token>& args, WorldAction* action, std::string* error) {
     bool handled = false;
-    bool ok = mParty.knobCommand(args, &handled, error);
+    bool ok = mParty.prepareKnob(args, &handled, action, error);
     if (handled) return ok;
-    if (!args.empty() && args[0].text == "hook") return setHook(args, error);
+    if (!args.empty() && args[0].text == "hook") return setHook(args, action, error);
     *error = "unknown command: fw " + (args.empty() ? std::string() : args[0].text);
     return false;
 }
 
-bool Framework::setHook(const std::vector<Token>& args, std::string* error) {
+bool Framework::setHook(const std::vector<Token>& args, WorldAction* action, std::string* error) {
     const std::string which = args.size() == 2 ? args[1].text : std::string();
+    void (*hook)(const hidl_string&) = nullptr;
     if (which == "A") {
-        mFdCallback.sendAgpsRequestSuplDns = hookA;
+        hook = hookA;
     } else if (which == "B") {
-        mFdCallback.sendAgpsRequestSuplDns = hookB;
-    } else if (which == "null") {
-        mFdCallback.sendAgpsRequestSuplDns = nullptr;
-    } else {
+        hook = hookB;
+    } else if (which != "null") {
         *error = "usage: fw hook A|B|null";
         return false;
     }
+    *action = [this, hook](std::string*) {
+        mFdCallback.sendAgpsRequestSuplDns = hook;
+        return true;
+    };
     return true;
 }
 

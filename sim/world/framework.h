@@ -20,7 +20,8 @@ class Framework {
     Framework();
 
     // The command after `fw`: hook A|B|null, fail/heal OBJECT.OP.
-    bool command(const std::vector<Token>& args, std::string* error);
+    // False and *error when it is malformed; else *action runs it.
+    bool prepare(const std::vector<Token>& args, WorldAction* action, std::string* error);
     // A fresh world: no knobs, hook A in the record.
     void reset();
 
@@ -34,7 +35,7 @@ class Framework {
     FdCallback* fdCallback() { return &mFdCallback; }
 
   private:
-    bool setHook(const std::vector<Token>& args, std::string* error);
+    bool setHook(const std::vector<Token>& args, WorldAction* action, std::string* error);
 
     Party mParty{"fw"};
     android::sp<android::hardware::gnss::V2_0::IGnssCallback> mGnssCb;

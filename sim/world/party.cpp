@@ -23,18 +23,19 @@ std::string Party::featureOf(const std::string& key) const {
     return it == mGetters.end() ? std::string() : it->second;
 }
 
-bool Party::knobCommand(const std::vector<Token>& args, bool* handled, std::string* error) {
+bool Party::prepareKnob(const std::vector<Token>& args, bool* handled, WorldAction* action,
+                        std::string* error) {
     *handled = true;
     const std::string& verb = args.empty() ? std::string() : args[0].text;
-    if (verb == "fail") return failCommand(args, error);
-    if (verb == "heal") return healCommand(args, error);
-    if (verb == "answer") return answerCommand(args, error);
-    if (verb == "provide") return provideCommand(args, error);
+    if (verb == "fail") return failCommand(args, action, error);
+    if (verb == "heal") return healCommand(args, action, error);
+    if (verb == "answer") return answerCommand(args, action, error);
+    if (verb == "provide") return provideCommand(args, action, error);
     *handled = false;
     return false;
 }
 
-bool Party::failCommand(const std::vector<Token>& args, std::string* error) {
+bool Party::failCommand(const std::vector<Token>& args, WorldAction* action, std::string* error) {
     bool once = args.size() == 3 && args[2].text == "once";
     if (args.size() != 2 && !once) {
         *error = "usage: " + mPrefix + " fail IFACE.OP [once]";
@@ -42,24 +43,30 @@ bool Party::failCommand(const std::vector<Token>& args, std::string* error) {
     }
     Operation op;
     if (!find(args[1].text, &op, error)) return false;
-    std::lock_guard<std::mutex> lock(mLock);
-    mFailures[args[1].text] = once;
+    *action = [this, key = args[1].text, once](std::string*) {
+        std::lock_guard<std::mutex> lock(mLock);
+        mFailures[key] = once;
+        return true;
+    };
     return true;
 }
 
-bool Party::healCommand(const std::vector<Token>& args, std::string* error) {
+bool Party::healCommand(const std::vector<Token>& args, WorldAction* action, std::string* error) {
     if (args.size() != 2) {
         *error = "usage: " + mPrefix + " heal IFACE.OP";
         return false;
     }
     Operation op;
     if (!find(args[1].text, &op, error)) return false;
-    std::lock_guard<std::mutex> lock(mLock);
-    mFailures.erase(args[1].text);
+    *action = [this, key = args[1].text](std::string*) {
+        std::lock_guard<std::mutex> lock(mLock);
+        mFailures.erase(key);
+        return true;
+    };
     return true;
 }
 
-bool Party::answerCommand(const std::vector<Token>& args, std::string* error) {
+bool Party::answerCommand(const std::vector<Token>& args, WorldAction* action, std::string* error) {
     if (args.size() != 3) {
         *error = "usage: " + mPrefix + " answer IFACE.OP VALUE";
         return false;
@@ -83,25 +90,32 @@ bool Party::answerCommand(const std::vector<Token>& args, std::string* error) {
             *error = args[1].text + " has no plain result to answer";
             return false;
     }
-    setAnswer(args[1].text, args[2].text);
+    *action = [this, key = args[1].text, value = args[2].text](std::string*) {
+        setAnswer(key, value);
+        return true;
+    };
     return true;
 }
 
-bool Party::provideCommand(const std::vector<Token>& args, std::string* error) {
+bool Party::provideCommand(const std::vector<Token>& args, WorldAction* action,
+                           std::string* error) {
     if (args.size() != 3 || (args[2].text != "yes" && args[2].text != "no")) {
         *error = "usage: " + mPrefix + " provide FEATURE yes|no";
         return false;
     }
-    std::lock_guard<std::mutex> lock(mLock);
-    if (mFeatures.count(args[1].text) == 0) {
+    if (features().count(args[1].text) == 0) {
         *error = mPrefix + " provides no '" + args[1].text + "'";
         return false;
     }
-    if (args[2].text == "yes") {
-        mWithheld.erase(args[1].text);
-    } else {
-        mWithheld.insert(args[1].text);
-    }
+    *action = [this, feature = args[1].text, provide = args[2].text == "yes"](std::string*) {
+        std::lock_guard<std::mutex> lock(mLock);
+        if (provide) {
+            mWithheld.erase(feature);
+        } else {
+            mWithheld.insert(feature);
+        }
+        return true;
+    };
     return true;
 }
 

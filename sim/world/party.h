@@ -3,6 +3,7 @@
 // Knobs hold until changed, across the deaths and restarts of the party's process.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <set>
@@ -15,6 +16,10 @@ namespace sim {
 
 // What kind of plain result an operation answers, which decides the values `answer` takes.
 enum class ResultKind { kNone, kBool, kInteger, kFloat, kObject };
+
+// A world command parsed and checked, ready to run. Running it may still be refused by the
+// world's state of the moment (false and *error: the daemon is not running, say).
+using WorldAction = std::function<bool(std::string* error)>;
 
 struct Operation {
     const char* name = "";
@@ -40,8 +45,10 @@ class Party {
 
     // The knob commands every party takes: `fail IFACE.OP [once]`, `heal IFACE.OP`,
     // `answer IFACE.OP VALUE`, `provide FEATURE yes|no`. *handled tells whether args[0]
-    // named one of them; the result and *error whether it was well formed.
-    bool knobCommand(const std::vector<Token>& args, bool* handled, std::string* error);
+    // named one of them; the result and *error whether it was well formed, and *action
+    // what turns the knob.
+    bool prepareKnob(const std::vector<Token>& args, bool* handled, WorldAction* action,
+                     std::string* error);
 
     // Whether the call of IFACE.OP being made now fails in transport (a `once` failure is
     // used up by it).
@@ -59,10 +66,10 @@ class Party {
     void reset();
 
   private:
-    bool failCommand(const std::vector<Token>& args, std::string* error);
-    bool healCommand(const std::vector<Token>& args, std::string* error);
-    bool answerCommand(const std::vector<Token>& args, std::string* error);
-    bool provideCommand(const std::vector<Token>& args, std::string* error);
+    bool failCommand(const std::vector<Token>& args, WorldAction* action, std::string* error);
+    bool healCommand(const std::vector<Token>& args, WorldAction* action, std::string* error);
+    bool answerCommand(const std::vector<Token>& args, WorldAction* action, std::string* error);
+    bool provideCommand(const std::vector<Token>& args, WorldAction* action, std::string* error);
     // The operation IFACE.OP names; false with *error set when there is none.
     bool find(const std::string& key, Operation* found, std::string* error) const;
 

@@ -34,12 +34,18 @@ void World::start() {
     mParts->framework.reset();
 }
 
-bool World::command(const std::string& head, const std::vector<Token>& args, std::string* error) {
-    if (head == "fusd") return mParts->fusd.command(args, error);
-    if (head == "vhal") return mParts->vhal.command(args, error);
-    if (head == "fw") return mParts->framework.command(args, error);
+bool World::prepare(const std::string& head, const std::vector<Token>& args, WorldAction* action,
+                    std::string* error) {
+    if (head == "fusd") return mParts->fusd.prepare(args, action, error);
+    if (head == "vhal") return mParts->vhal.prepare(args, action, error);
+    if (head == "fw") return mParts->framework.prepare(args, action, error);
     *error = "unknown command: " + head;
     return false;
+}
+
+bool World::command(const std::string& head, const std::vector<Token>& args, std::string* error) {
+    WorldAction action;
+    return prepare(head, args, &action, error) && action(error);
 }
 
 android::sp<android::hardware::gnss::V2_0::IGnssCallback> World::gnssCb() {

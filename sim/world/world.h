@@ -22,8 +22,12 @@ class World {
   public:
     static World& get();
     void start();  // fresh world: framework objects, runtime observers, virtual usleep hook
-    bool command(const std::string& head, const std::vector<Token>& args,
-                 std::string* error);  // `fusd ...`, `vhal ...`, `fw ...`
+    // `fusd ...`, `vhal ...`, `fw ...`: checks the command (false and *error when it is
+    // malformed) and gives what runs it, in whatever world is running then.
+    bool prepare(const std::string& head, const std::vector<Token>& args, WorldAction* action,
+                 std::string* error);
+    // Prepares and runs the command at once.
+    bool command(const std::string& head, const std::vector<Token>& args, std::string* error);
     android::sp<android::hardware::gnss::V2_0::IGnssCallback> gnssCb();
     android::sp<android::hardware::gnss::V1_0::IGnssGeofenceCallback> geofenceCb();
     android::sp<FdCorvaneCallback_> corvaneCb();

@@ -66,6 +66,10 @@ TEST(BlockParseTest, MalformedBlocksStopAtTheirLine) {
         {"parallel\nbranch\ncall isFDSupport\nexpect ret true\n", 4},
         {"parallel\nbranch\nprop a b\n", 3},  // environment inside
         {"parallel\nbranch\ncall noSuchFunction\n", 3},
+        {"parallel\n" + two + "fusd kil\nend\n", 6},  // a world verb mistyped in a branch
+        {"parallel\n" + two + "fusd fail IFusdLbs.noSuchOp\nend\n", 6},
+        {"parallel\n" + two + "vhal register 3.0\nend\n", 6},
+        {"parallel\n" + two + "fw hook C\nend\n", 6},
         {"parallel end\n", 1},
         {"end\n", 1},
         {"call isFDSupport\nexpect-finding crash\n", 2},  // not after a block
