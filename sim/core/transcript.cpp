@@ -21,6 +21,7 @@ void Transcript::setKept(bool kept) {
 
 void Transcript::emit(const std::string& line) {
     if (!kept()) return;
+    zdhost::schedule::wroteLine();
     std::lock_guard<std::mutex> lock(mLock);
     mSegment.push_back(line);
     if (mListener) mListener(zdhost::schedule::threadTag(), line);

@@ -55,6 +55,9 @@ void readMessages(const std::string& text, RunResult* result) {
         const std::string rest = message.size() > 2 ? message.substr(2) : "";
         if (kind == 'D') {
             result->decisions.push_back(readDecision(rest));
+        } else if (kind == 'S') {
+            Step step;
+            if (parseStep(rest, &step)) result->steps.push_back(step);
         } else if (kind == 'B') {
             phase.inBlock = true;
         } else if (kind == 'E') {

@@ -17,6 +17,7 @@ struct TakenDecision {
 
 struct RunResult {
     std::vector<TakenDecision> decisions;
+    std::vector<Step> steps;              // the explored block's, in the order they ran
     std::vector<std::string> transcript;  // from the block on, each line marked with its branch
     std::map<int, std::vector<std::string>> branchLines;  // the block's lines by branch
     std::vector<std::string> afterLines;                  // the lines after the block

@@ -12,6 +12,29 @@ namespace {
 
 thread_local void* tSelf = nullptr;
 
+using zdhost::schedule::Point;
+using ScheduleAccess = zdhost::schedule::Access;
+
+Access objectAccess(const void* object, ScheduleAccess access) {
+    Access a;
+    a.id = reinterpret_cast<uintptr_t>(object);
+    a.mode = access == ScheduleAccess::kRead ? Access::Mode::kRead : Access::Mode::kWrite;
+    return a;
+}
+
+// Adds `a` to a step's accesses, once per object: a write covers a read and an order.
+void addAccess(std::vector<Access>& accesses, const Access& a) {
+    for (Access& known : accesses) {
+        if (known.kind != a.kind || known.id != a.id) continue;
+        if (known.mode == a.mode || known.mode == Access::Mode::kWrite) return;
+        if (a.mode == Access::Mode::kWrite) {
+            known.mode = Access::Mode::kWrite;
+            return;
+        }
+    }
+    accesses.push_back(a);
+}
+
 std::string hex(uintptr_t value) {
     char text[32];
     snprintf(text, sizeof(text), "0x%zx", static_cast<size_t>(value));
@@ -76,28 +99,47 @@ void Scheduler::body(Thread* self) {
     reschedule(self);
 }
 
+// A new thread's number is the next free one, so starting threads is ordered; the new
+// thread's first step comes after the step that started it.
 void Scheduler::spawn(std::function<void()> work) {
+    Thread* started = start(static_cast<Thread*>(tSelf)->branch, std::move(work));
+    const Access begins{Access::Kind::kStart, Access::Mode::kOrder,
+                        static_cast<uint64_t>(started->id)};
+    addAccess(mStep.accesses, {Access::Kind::kThreads, Access::Mode::kWrite, 0});
+    addAccess(mStep.accesses, begins);
+    started->next = {begins};
+}
+
+void Scheduler::point(Point, const void* object, ScheduleAccess access) {
     Thread* me = static_cast<Thread*>(tSelf);
-    start(me->branch, std::move(work));
+    me->next.clear();
+    if (access != ScheduleAccess::kNothing) me->next.push_back(objectAccess(object, access));
+    reschedule(me);
 }
 
-void Scheduler::point(zdhost::schedule::Point, const void*) {
-    reschedule(static_cast<Thread*>(tSelf));
+void Scheduler::touch(const void* object, ScheduleAccess access) {
+    if (access != ScheduleAccess::kNothing) addAccess(mStep.accesses, objectAccess(object, access));
 }
 
+void Scheduler::wroteLine() {
+    addAccess(mStep.accesses, {Access::Kind::kLines, Access::Mode::kWrite,
+                               static_cast<uint64_t>(zdhost::schedule::threadTag())});
+}
+
+// A thread standing at the acquire of a held mutex cannot run: it is not offered until
+// the mutex is let go, and then taking it is its next step.
 void Scheduler::acquire(const void* mutex) {
     Thread* me = static_cast<Thread*>(tSelf);
+    me->waitsFor = mutex;
+    me->next = {objectAccess(mutex, ScheduleAccess::kWrite)};
     reschedule(me);
-    while (mOwners.count(mutex) != 0) {
-        me->state = State::kBlocked;
-        me->waitsFor = mutex;
-        reschedule(me);
-    }
+    me->waitsFor = nullptr;
     mOwners[mutex] = me;
 }
 
 bool Scheduler::tryAcquire(const void* mutex) {
     Thread* me = static_cast<Thread*>(tSelf);
+    me->next = {objectAccess(mutex, ScheduleAccess::kWrite)};
     reschedule(me);
     if (mOwners.count(mutex) != 0) return false;
     mOwners[mutex] = me;
@@ -106,26 +148,30 @@ bool Scheduler::tryAcquire(const void* mutex) {
 
 void Scheduler::release(const void* mutex) {
     mOwners.erase(mutex);
-    for (auto& thread : mThreads) {
-        if (thread->state == State::kBlocked && thread->waitsFor == mutex) {
-            thread->state = State::kEnabled;
-            thread->waitsFor = nullptr;
-        }
-    }
+    addAccess(mStep.accesses,
+              {Access::Kind::kObject, Access::Mode::kOrder, reinterpret_cast<uintptr_t>(mutex)});
 }
 
 void Scheduler::pause(useconds_t micros) {
     Thread* me = static_cast<Thread*>(tSelf);
     me->state = State::kPaused;
     me->wakeAt = mNow + micros;
+    me->next.clear();  // waking touches nothing by itself
     reschedule(me);
 }
 
+bool Scheduler::canRun(const Thread& thread) const {
+    return thread.state == State::kEnabled &&
+           (thread.waitsFor == nullptr || mOwners.count(thread.waitsFor) == 0);
+}
+
+// Every paused thread is offered: the one due first costs nothing once no other thread
+// can run; waking any other early costs a preemption.
 std::vector<Candidate> Scheduler::candidates(const Thread* me) const {
-    const bool meCanGoOn = me != nullptr && me->state == State::kEnabled;
+    const bool meCanGoOn = me != nullptr && canRun(*me);
     std::vector<Candidate> enabled;
     for (const auto& t : mThreads) {
-        if (t->state != State::kEnabled) continue;
+        if (!canRun(*t)) continue;
         enabled.push_back({t->id, t->branch, meCanGoOn && t.get() != me ? 1 : 0, false});
     }
     uint64_t earliest = UINT64_MAX;
@@ -135,11 +181,8 @@ std::vector<Candidate> Scheduler::candidates(const Thread* me) const {
     std::vector<Candidate> all = enabled;
     for (const auto& t : mThreads) {
         if (t->state != State::kPaused) continue;
-        if (!enabled.empty()) {
-            all.push_back({t->id, t->branch, 1, true});
-        } else if (t->wakeAt == earliest) {
-            all.push_back({t->id, t->branch, 0, false});
-        }
+        const bool due = enabled.empty() && t->wakeAt == earliest;
+        all.push_back({t->id, t->branch, due ? 0 : 1, !due});
     }
     std::sort(all.begin(), all.end(),
               [](const Candidate& a, const Candidate& b) { return a.thread < b.thread; });
@@ -147,17 +190,18 @@ std::vector<Candidate> Scheduler::candidates(const Thread* me) const {
 }
 
 int Scheduler::fallback(const Thread* me, const std::vector<Candidate>& candidates) const {
-    if (me != nullptr && me->state == State::kEnabled) return me->id;
+    if (me != nullptr && canRun(*me)) return me->id;
     for (const Candidate& c : candidates) {
         if (!c.early) return c.thread;
     }
     return candidates.front().thread;
 }
 
-Scheduler::Thread* Scheduler::pick(Thread* me) {
+Scheduler::Thread* Scheduler::pick(Thread* me, long* decided) {
     std::vector<Candidate> offered = candidates(me);
     if (offered.empty()) return nullptr;
     int chosen = offered.front().thread;
+    *decided = -1;
     if (offered.size() > 1) {
         Decision decision;
         decision.index = mDecisions++;
@@ -169,7 +213,11 @@ Scheduler::Thread* Scheduler::pick(Thread* me) {
             mEvents.stopped(Stop::kDiverged, "the schedule does not fit this run at decision " +
                                                  std::to_string(decision.index));
         }
+        if (chosen == Policy::kRedundant) mEvents.stopped(Stop::kRedundant, "");
         if (mEvents.decided) mEvents.decided(decision, chosen);
+        *decided = static_cast<long>(decision.index);
+    } else if (mPolicy.redundant(chosen)) {
+        mEvents.stopped(Stop::kRedundant, "");
     }
     Thread* next = mThreads[chosen - 1].get();
     if (next->state == State::kPaused) {
@@ -188,7 +236,9 @@ void Scheduler::reschedule(Thread* me) {
         mEvents.stopped(Stop::kStepBound,
                         "the run passed " + std::to_string(mStepBound) + " scheduling points");
     }
-    Thread* next = pick(me);
+    endStep();
+    long decision = -1;
+    Thread* next = pick(me, &decision);
     if (next == nullptr) {
         const bool unfinished = std::any_of(mThreads.begin(), mThreads.end(), [](const auto& t) {
             return t->state != State::kFinished;
@@ -197,7 +247,23 @@ void Scheduler::reschedule(Thread* me) {
         sem_post(&mDone);
         return;
     }
+    beginStep(next, decision);
     handOver(me, next);
+}
+
+void Scheduler::endStep() {
+    if (!mStepOpen) return;
+    mStepOpen = false;
+    mPolicy.stepped(mStep);
+    if (mEvents.stepped) mEvents.stepped(mStep);
+}
+
+void Scheduler::beginStep(Thread* next, long decision) {
+    mStep.thread = next->id;
+    mStep.decision = decision;
+    mStep.accesses.swap(next->next);
+    next->next.clear();
+    mStepOpen = true;
 }
 
 void Scheduler::handOver(Thread* me, Thread* next) {
@@ -209,7 +275,7 @@ void Scheduler::handOver(Thread* me, Thread* next) {
 std::string Scheduler::waitsDescription() const {
     std::string text;
     for (const auto& t : mThreads) {
-        if (t->state != State::kBlocked) continue;
+        if (t->state != State::kEnabled || t->waitsFor == nullptr || canRun(*t)) continue;
         auto owner = mOwners.find(t->waitsFor);
         if (!text.empty()) text += "; ";
         text += "thread " + std::to_string(t->id) + " (branch " + std::to_string(t->branch) +

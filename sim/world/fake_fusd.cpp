@@ -30,6 +30,11 @@ auto keptCallback(Extensions& extensions, const char* feature)
 
 }  // namespace
 
+std::unique_lock<std::mutex> FakeFusd::hold() {
+    zdhost::schedule::touch(&mParty, zdhost::schedule::Access::kWrite);
+    return std::unique_lock<std::mutex>(mLock);
+}
+
 FakeFusd::FakeFusd() {
     mParty.declare("IFusdLbs", RecordingIFusdLbs_V1_3::operations());
     mParty.declare("IFusdGnssInterface", RecordingIFusdGnssInterface_V1_2::operations());
@@ -39,7 +44,7 @@ FakeFusd::FakeFusd() {
 }
 
 void FakeFusd::reset() {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = hold();
     mProcess = nullptr;
     mLbs = nullptr;
     mLookupsUntilRegister = 0;
@@ -96,7 +101,7 @@ sp<FakeFusd::Lbs> FakeFusd::newDaemon(const sp<ServiceProcess>& process) {
 void FakeFusd::registerDaemon() {
     sp<Lbs> lbs;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         if (mLbs == nullptr) {
             mProcess = new ServiceProcess();
             mLbs = newDaemon(mProcess);
@@ -110,7 +115,7 @@ bool FakeFusd::kill(bool promotableWho, std::string* error) {
     sp<ServiceProcess> process;
     sp<Lbs> lbs;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         process = mProcess;
         lbs = mLbs;
         mProcess = nullptr;
@@ -135,7 +140,7 @@ bool FakeFusd::registerAtLookup(const std::vector<Token>& args, std::string* err
         *error = "register-at-lookup counts look-ups from 1";
         return false;
     }
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = hold();
     mLookupsUntilRegister = count;
     return true;
 }
@@ -143,7 +148,7 @@ bool FakeFusd::registerAtLookup(const std::vector<Token>& args, std::string* err
 void FakeFusd::beforeLookup(const std::string& fqName) {
     if (!isLbsLookup(fqName)) return;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         if (mLookupsUntilRegister == 0 || --mLookupsUntilRegister > 0) return;
     }
     registerDaemon();
@@ -153,7 +158,7 @@ bool FakeFusd::call(const std::vector<Token>& words, bool nested, std::string* e
     DaemonCall daemonCall;
     if (!parseDaemonCall(words, &daemonCall, error)) return false;
     if (!nested) return deliver(daemonCall, error);
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = hold();
     mNested.push_back(std::move(daemonCall));
     return true;
 }
@@ -182,7 +187,7 @@ bool FakeFusd::deliver(const DaemonCall& call, std::string* error) {
 }
 
 sp<FakeFusd::Lbs> FakeFusd::running() {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = hold();
     return mLbs;
 }
 
@@ -204,7 +209,7 @@ void FakeFusd::setFeedListener(FeedListener* listener) {
 void FakeFusd::runNested(const sp<GnssCallback>& gnss, const sp<GeofenceCallback>& geofence) {
     std::vector<DaemonCall> due;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         std::vector<DaemonCall> waiting;
         for (DaemonCall& call : mNested) {
             bool now = (gnss != nullptr && call.toGnss) || (geofence != nullptr && call.toGeofence);

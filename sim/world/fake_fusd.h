@@ -62,6 +62,9 @@ class FakeFusd {
     void runNested(const android::sp<GnssCallback>& gnss,
                    const android::sp<GeofenceCallback>& geofence);
 
+    // Holds the fake's lock: its state is its party's, as the explorer names it.
+    std::unique_lock<std::mutex> hold();
+
     Party mParty{"fusd"};
     std::mutex mLock;
     android::sp<zdhost::ServiceProcess> mProcess;  // the running daemon, if any

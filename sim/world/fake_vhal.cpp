@@ -16,6 +16,11 @@ const char kInstance[] = "default";
 const char* const kGnssNames[] = {"IZDGnss1.0", "IZDGnss2.0"};
 }  // namespace
 
+std::unique_lock<std::mutex> FakeVhal::hold() {
+    zdhost::schedule::touch(&mParty, zdhost::schedule::Access::kWrite);
+    return std::unique_lock<std::mutex>(mLock);
+}
+
 FakeVhal::FakeVhal() {
     mParty.declare("IZDGnss1.0", RecordingIZDGnss_V1_0::operations());
     mParty.declare("IZDGnss2.0", RecordingIZDGnss_V2_0::operations());
@@ -33,7 +38,7 @@ FakeVhal::FakeVhal() {
 
 void FakeVhal::reset() {
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         mProcess = new ServiceProcess();
         mGnss10 = nullptr;
         mGnss20 = nullptr;
@@ -74,7 +79,7 @@ Extensions::Getter FakeVhal::suplFqdnGetter() {
     sp<ServiceProcess> process = mProcess;
     return {"getExtensionZdSuplFqdn", "suplFqdn", [this, process]() -> sp<IBase> {
                 SuplFqdn::Listener listener = [this](const sp<SuplCallback>& callback) {
-                    std::lock_guard<std::mutex> lock(mLock);
+                    const auto lock = hold();
                     mSuplCallback = callback;
                 };
                 return makeFake<SuplFqdn>(mParty, process, "IZDAGpsSuplFqdn", listener);
@@ -104,7 +109,7 @@ sp<IBase> FakeVhal::newHal(const std::string& version) {
 bool FakeVhal::registerHal(const std::vector<Token>& args, std::string* error) {
     sp<IBase> service;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         sp<IBase>* slot = args.size() == 2 ? slotOf(args[1].text) : nullptr;
         if (slot == nullptr) {
             *error = "usage: vhal register 1.0|2.0";
@@ -120,7 +125,7 @@ bool FakeVhal::registerHal(const std::vector<Token>& args, std::string* error) {
 bool FakeVhal::unregisterHal(const std::vector<Token>& args, std::string* error) {
     sp<IBase> service;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         sp<IBase>* slot = args.size() == 2 ? slotOf(args[1].text) : nullptr;
         if (slot == nullptr) {
             *error = "usage: vhal unregister 1.0|2.0";
@@ -161,7 +166,7 @@ bool FakeVhal::requestSuplDns(const std::vector<Token>& args, std::string* error
     }
     sp<SuplCallback> callback;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         callback = mSuplCallback;
     }
     if (callback == nullptr) {

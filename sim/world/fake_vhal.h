@@ -46,6 +46,9 @@ class FakeVhal {
     template <typename Stub>
     Extensions::Getter getter(const char* op, const char* feature, const char* name);
 
+    // Holds the fake's lock: its state is its party's, as the explorer names it.
+    std::unique_lock<std::mutex> hold();
+
     Party mParty{"vhal"};
     std::mutex mLock;
     android::sp<zdhost::ServiceProcess> mProcess;  // the HAL's process; it does not die

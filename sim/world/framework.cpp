@@ -1,5 +1,7 @@
 #include "framework.h"
 
+#include <zdhost/schedule.h>
+
 #include "format.h"
 #include "objects.h"
 #include "recorder.h"
@@ -13,6 +15,15 @@ using android::hardware::hidl_string;
 
 namespace {
 
+// The framework's party: the plain C callbacks below are calls the framework receives, in
+// order, as the recorded objects' are.
+const Party* gParty = nullptr;
+
+void reachFramework() {
+    zdhost::schedule::reach(zdhost::schedule::Point::kCall, gParty,
+                            zdhost::schedule::Access::kWrite);
+}
+
 // An int32_t array as the fence client received it: [a b c], or null.
 std::string fmtArray(const int32_t* values, uint32_t count) {
     if (values == nullptr) return "null";
@@ -22,15 +33,18 @@ std::string fmtArray(const int32_t* values, uint32_t count) {
 }
 
 void corvaneGeofenceAddResult(int32_t* geofenceIds, int32_t* results, uint32_t count) {
+    reachFramework();
     Transcript::get().emit("fw corvaneCb.geofenceAddResult(" + fmtArray(geofenceIds, count) + ", " +
                            fmtArray(results, count) + ", " + fmt(count) + ")");
 }
 
 void hookA(const hidl_string& fqdn) {
+    reachFramework();
     Transcript::get().emit("fw fdCallback.hookA(" + fmt(fqdn) + ")");
 }
 
 void hookB(const hidl_string& fqdn) {
+    reachFramework();
     Transcript::get().emit("fw fdCallback.hookB(" + fmt(fqdn) + ")");
 }
 
@@ -45,6 +59,7 @@ sp<T> makeFrameworkObject(Party& party, const std::string& name) {
 }  // namespace
 
 Framework::Framework() {
+    gParty = &mParty;
     mParty.declare("gnssCb", RecordingIGnssCallback_V2_0::operations());
     mParty.declare("geofenceCb", RecordingIGnssGeofenceCallback_V1_0::operations());
     mGnssCb = makeFrameworkObject<RecordingIGnssCallback_V2_0>(mParty, "gnssCb");

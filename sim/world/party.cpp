@@ -2,23 +2,30 @@
 
 namespace sim {
 
+using zdhost::schedule::Access;
+
+std::unique_lock<std::mutex> Party::use(Access access) const {
+    zdhost::schedule::touch(this, access);
+    return std::unique_lock<std::mutex>(mLock);
+}
+
 void Party::declare(const std::string& iface, const std::vector<Operation>& operations) {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     mInterfaces[iface] = operations;
 }
 
 void Party::declareFeature(const std::string& feature) {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     mFeatures.insert(feature);
 }
 
 void Party::declareGetter(const std::string& key, const std::string& feature) {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     mGetters[key] = feature;
 }
 
 std::string Party::featureOf(const std::string& key) const {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kRead);
     auto it = mGetters.find(key);
     return it == mGetters.end() ? std::string() : it->second;
 }
@@ -42,7 +49,7 @@ bool Party::failCommand(const std::vector<Token>& args, std::string* error) {
     }
     Operation op;
     if (!find(args[1].text, &op, error)) return false;
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     mFailures[args[1].text] = once;
     return true;
 }
@@ -54,7 +61,7 @@ bool Party::healCommand(const std::vector<Token>& args, std::string* error) {
     }
     Operation op;
     if (!find(args[1].text, &op, error)) return false;
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     mFailures.erase(args[1].text);
     return true;
 }
@@ -92,7 +99,7 @@ bool Party::provideCommand(const std::vector<Token>& args, std::string* error) {
         *error = "usage: " + mPrefix + " provide FEATURE yes|no";
         return false;
     }
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     if (mFeatures.count(args[1].text) == 0) {
         *error = mPrefix + " provides no '" + args[1].text + "'";
         return false;
@@ -109,7 +116,7 @@ bool Party::find(const std::string& key, Operation* found, std::string* error) c
     size_t dot = key.rfind('.');
     std::string iface = dot == std::string::npos ? key : key.substr(0, dot);
     std::string name = dot == std::string::npos ? std::string() : key.substr(dot + 1);
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kRead);
     auto it = mInterfaces.find(iface);
     if (it == mInterfaces.end()) {
         *error = mPrefix + " has no interface '" + iface + "'";
@@ -126,7 +133,7 @@ bool Party::find(const std::string& key, Operation* found, std::string* error) c
 }
 
 bool Party::takeFailure(const std::string& key) {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     auto it = mFailures.find(key);
     if (it == mFailures.end()) return false;
     if (it->second) mFailures.erase(it);
@@ -134,7 +141,7 @@ bool Party::takeFailure(const std::string& key) {
 }
 
 bool Party::answerFor(const std::string& key, Token* value) const {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kRead);
     auto it = mAnswers.find(key);
     if (it == mAnswers.end()) return false;
     value->text = it->second;
@@ -142,27 +149,27 @@ bool Party::answerFor(const std::string& key, Token* value) const {
 }
 
 void Party::setAnswer(const std::string& key, const std::string& value) {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     mAnswers[key] = value;
 }
 
 std::map<std::string, std::vector<Operation>> Party::interfaces() const {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kRead);
     return mInterfaces;
 }
 
 std::set<std::string> Party::features() const {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kRead);
     return mFeatures;
 }
 
 bool Party::provides(const std::string& feature) const {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kRead);
     return mWithheld.count(feature) == 0;
 }
 
 void Party::reset() {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     mFailures.clear();
     mAnswers.clear();
     mWithheld.clear();

@@ -36,10 +36,10 @@ class Recorder {
     // The same, formatting the arguments only when the transcript is kept.
     template <typename FormatArgs>
     bool enter(const char* op, const FormatArgs& formatArgs) {
-        zdhost::schedule::reach(zdhost::schedule::Point::kCall);
+        reachParty(zdhost::schedule::Point::kCall);
         const bool failed = mParty->takeFailure(key(op)) || processDead();
         if (Transcript::kept()) emit(callText(op, formatArgs()), failed);
-        zdhost::schedule::reach(zdhost::schedule::Point::kReply);
+        reachParty(zdhost::schedule::Point::kReply);
         return !failed;
     }
 
@@ -60,6 +60,12 @@ class Recorder {
         const android::sp<android::hardware::hidl_death_recipient>& recipient);
 
   private:
+    // A call to any of a party's objects, and its reply, use the party: the order of the
+    // calls a party receives is part of what a run shows, and the reply step goes on in
+    // the fake (a kept callback, a sub-object made) before it returns to the library.
+    void reachParty(zdhost::schedule::Point kind) const {
+        zdhost::schedule::reach(kind, mParty, zdhost::schedule::Access::kWrite);
+    }
     std::string key(const char* op) const { return mIface + "." + op; }
     bool processDead() const { return mProcess != nullptr && !mProcess->alive(); }
     void emit(const std::string& call, bool failed) const;

@@ -1,6 +1,7 @@
 #include "world.h"
 
 #include <zdhost/runtime.h>
+#include <zdhost/schedule.h>
 
 #include "fake_fusd.h"
 #include "fake_vhal.h"
@@ -35,9 +36,24 @@ void World::start() {
 }
 
 bool World::command(const std::string& head, const std::vector<Token>& args, std::string* error) {
-    if (head == "fusd") return mParts->fusd.command(args, error);
-    if (head == "vhal") return mParts->vhal.command(args, error);
-    if (head == "fw") return mParts->framework.command(args, error);
+    // A world command is a point of its own that changes its party: a death, a
+    // registration, a knob or a report reaches what the library's calls to it read.
+    auto reachParty = [](const Party& party) {
+        zdhost::schedule::reach(zdhost::schedule::Point::kWorld, &party,
+                                zdhost::schedule::Access::kWrite);
+    };
+    if (head == "fusd") {
+        reachParty(mParts->fusd.party());
+        return mParts->fusd.command(args, error);
+    }
+    if (head == "vhal") {
+        reachParty(mParts->vhal.party());
+        return mParts->vhal.command(args, error);
+    }
+    if (head == "fw") {
+        reachParty(mParts->framework.party());
+        return mParts->framework.command(args, error);
+    }
     *error = "unknown command: " + head;
     return false;
 }
