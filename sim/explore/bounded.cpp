@@ -41,9 +41,8 @@ bool BoundedSearch::record(const std::vector<TracedStep>& steps, std::string* er
     mCausality.truncate(0);
     const size_t known = mPath.empty() ? 0 : mPlanned + 1;
     size_t node = 0;
-    bool pruned = false;
     for (const TracedStep& taken : steps) {
-        const size_t position = mCausality.append(taken.step);
+        mCausality.append(taken.step);
         if (taken.step.decision < 0) continue;
         if (node < known) {
             if (mPath[node].chosen != taken.step.thread) {
@@ -63,28 +62,10 @@ bool BoundedSearch::record(const std::vector<TracedStep>& steps, std::string* er
             const Node& before = mPath.back();
             added.preemptions = before.preemptions + costOf(before.candidates, before.chosen);
         }
-        if (mPrune) {
-            // The state before this decision: the steps that led to it, up to equivalence,
-            // and the thread that ran last (what a choice costs depends on it).
-            const int last = position > 0 ? mCausality.step(position - 1).thread : 0;
-            const uint64_t state =
-                mCausality.fingerprint(position) * 31 + static_cast<uint64_t>(last);
-            auto searched = mSearched.find(state);
-            pruned =
-                pruned || (searched != mSearched.end() && searched->second <= added.preemptions);
-            if (!pruned)
-                mSearched[state] = std::min(
-                    searched == mSearched.end() ? mBound + 1 : searched->second, added.preemptions);
-        }
-        if (pruned) {
-            for (const Candidate& c : added.candidates) added.tried.insert(c.thread);
-        }
         mPath.push_back(added);
         ++node;
     }
-    if (node < known) {
-        mPath.resize(node);
-    }
+    if (node < known) mPath.resize(node);
     return true;
 }
 

@@ -99,9 +99,6 @@ void Causality::link(size_t position) {
         }
     }
     if (entry.previous >= 0) entry.clock = mSteps[entry.previous].clock;
-    std::vector<size_t> tied;
-    for (const auto& [earlier, t] : ties) tied.push_back(earlier);
-    entry.upTo = (position > 0 ? mSteps[position - 1].upTo : 0) + print(position, tied);
     for (const auto& [earlier, t] : ties) {
         if (mSteps[earlier].step.thread == entry.step.thread) continue;
         join(entry.clock, mSteps[earlier].clock);
@@ -111,29 +108,6 @@ void Causality::link(size_t position) {
     const int thread = entry.step.thread;
     if (entry.clock.size() <= static_cast<size_t>(thread)) entry.clock.resize(thread + 1, 0);
     entry.clock[thread] = entry.local + 1;
-}
-
-namespace {
-
-uint64_t mix(uint64_t hash, uint64_t value) {
-    hash ^= value + 0x9e3779b97f4a7c15ULL + (hash << 6) + (hash >> 2);
-    return hash * 0xff51afd7ed558ccdULL;
-}
-
-}  // namespace
-
-uint64_t Causality::print(size_t position, const std::vector<size_t>& ties) const {
-    const Entry& entry = mSteps[position];
-    uint64_t hash = mix(mix(1, static_cast<uint64_t>(entry.step.thread)), entry.local);
-    for (const Access& a : entry.step.accesses) {
-        hash =
-            mix(mix(mix(hash, static_cast<uint64_t>(a.kind)), static_cast<uint64_t>(a.mode)), a.id);
-    }
-    for (size_t earlier : ties) {
-        const Entry& other = mSteps[earlier];
-        hash = mix(mix(hash, static_cast<uint64_t>(other.step.thread)), other.local);
-    }
-    return hash;
 }
 
 void Causality::truncate(size_t size) {

@@ -45,10 +45,6 @@ class Causality {
     // to the lower thread: one name for all the runs that differ only in the order of
     // steps that commute.
     std::string className() const;
-    // A number for the class of the first `size` steps: equal for orders of the same steps
-    // that differ only in steps that commute (each step counted with its thread, its place
-    // in it, what it touched and which earlier steps it does not commute with).
-    uint64_t fingerprint(size_t size) const { return size == 0 ? 0 : mSteps[size - 1].upTo; }
 
   private:
     struct Entry {
@@ -58,13 +54,11 @@ class Causality {
         Clock clock;
         std::vector<size_t> revs;  // earlier steps it could swap with
         std::vector<size_t> kept;  // earlier steps that order it and stay when it swaps
-        uint64_t upTo = 0;         // the fingerprint of the steps up to it
     };
     using Key = std::pair<Access::Kind, uint64_t>;
 
     bool knows(const Clock& clock, size_t position) const;
     void link(size_t position);
-    uint64_t print(size_t position, const std::vector<size_t>& ties) const;
 
     std::vector<Entry> mSteps;
     std::map<Key, std::vector<std::pair<size_t, Access::Mode>>> mUses;

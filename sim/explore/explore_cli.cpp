@@ -18,7 +18,8 @@ constexpr const char* kUsage =
     "  commute.\n"
     "  --check           exit 1 on a finding the block does not declare with expect-finding,\n"
     "                    or on a declared finding not found\n"
-    "  --bound N         at most N preemptions per run (default: no bound)\n"
+    "  --bound N         every schedule with at most N preemptions per run, depth first\n"
+    "                    (default: no bound)\n"
     "  --max-runs N      runs per block, serial orders included (default 5000)\n"
     "  --pct RUNS        RUNS runs of PCT instead\n"
     "  --block K         the options after it, up to the next --block, apply to block K\n"
@@ -27,8 +28,6 @@ constexpr const char* kUsage =
     "  --budget SECONDS  time for the whole file, shared out over its blocks; a block whose\n"
     "                    search without a bound does not finish in its share falls back to\n"
     "                    bound 2\n"
-    "  --dfs             plain depth-first search within the bound (default 2), every\n"
-    "                    schedule run\n"
     "  --compare-dfs     also run plain depth-first search at bound 2 and report what it\n"
     "                    found that the block's search did not (exit 1 on any)\n"
     "  --seed S          PCT's seed (default 1)\n"
@@ -59,8 +58,6 @@ bool flag(const std::string& arg, Options* options) {
         options->quiet = true;
     } else if (arg == "--each-run") {
         options->eachRun = true;
-    } else if (arg == "--dfs") {
-        options->depthFirst = true;
     } else if (arg == "--compare-dfs") {
         options->compareDfs = true;
     } else {

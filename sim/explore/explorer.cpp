@@ -288,13 +288,14 @@ bool BlockExplorer::drive(Planner& search, Time::time_point deadline) {
     return false;
 }
 
-// Every order, one run per class, unless a bound is given; a search that does not finish
-// in its share of the budget starts again within the fallback bound.
+// Every order, one run per class, unless a bound is given: then every schedule within it. A
+// search that does not finish in its share of the budget starts again within the fallback
+// bound.
 void BlockExplorer::search() {
     const Time::time_point never = Time::time_point::max();
-    if (mOptions.depthFirst || mSearch.bound) {
-        mBound = mSearch.bound.value_or(kFallbackBound);
-        BoundedSearch bounded(mBound, !mOptions.depthFirst);
+    if (mSearch.bound) {
+        mBound = *mSearch.bound;
+        BoundedSearch bounded(mBound);
         mFinished = drive(bounded, never);
         return;
     }
@@ -305,12 +306,12 @@ void BlockExplorer::search() {
     if (mFinished || mBroken || mRuns >= mSearch.maxRuns) return;
     mFellBack = true;
     mBound = kFallbackBound;
-    BoundedSearch bounded(mBound, true);
+    BoundedSearch bounded(mBound);
     mFinished = drive(bounded, never);
 }
 
 void BlockExplorer::compareWithDepthFirst() {
-    BoundedSearch depthFirst(kFallbackBound, false);
+    BoundedSearch depthFirst(kFallbackBound);
     Plan plan;
     std::set<std::string> missed;
     while (!mBroken && mDepthFirstRuns < mSearch.maxRuns && depthFirst.next(&plan)) {
@@ -403,7 +404,7 @@ std::string BlockExplorer::coverage() const {
     if (mBound < 0) {
         text = "exhaustive";
     } else {
-        text = (mOptions.depthFirst ? "depth-first, bound " : "bound ") + std::to_string(mBound);
+        text = "bound " + std::to_string(mBound);
     }
     if (mFellBack) text += " (no bound did not finish in its " + fixed(mShare, 1) + " s share)";
     if (!mFinished) text = (mBound < 0 ? "not exhaustive" : text) + " (stopped at the run limit)";

@@ -19,20 +19,19 @@ namespace explore {
 
 // How one block is searched; given for every block, or for one after `--block N`.
 struct Search {
-    std::optional<int> bound;  // preemptions per run; none: every order, partial-order reduced
+    std::optional<int> bound;  // preemptions per run (depth-first); none: every order, reduced
     size_t maxRuns = 5000;     // runs per block, serial orders included
     size_t pctRuns = 0;        // > 0: PCT runs instead
 };
 
-// The bound a search falls back to when it does not finish in its share of the budget,
-// and the one --dfs and --compare-dfs take when none is given.
+// The bound a search falls back to when it does not finish in its share of the budget, and
+// the one --compare-dfs searches within.
 constexpr int kFallbackBound = 2;
 
 struct Options {
     bool check = false;        // exit 1 on a finding the block does not declare
     bool quiet = false;        // print summaries and findings only
     bool eachRun = false;      // also print every run's schedule
-    bool depthFirst = false;   // plain depth-first search within the bound, nothing skipped
     bool compareDfs = false;   // also run plain depth-first search at kFallbackBound and
                                // hold it against the block's search
     double budget = 0;         // seconds for the whole file; 0: no limit
