@@ -50,6 +50,16 @@ std::vector<TracedStep> traced(const RunResult& result) {
     return steps;
 }
 
+// Steps that touched something no point or hook named: the search takes each of them as
+// touching everything, which is sound but loses the reduction around it.
+size_t unnamedSteps(const std::vector<Step>& steps) {
+    return static_cast<size_t>(std::count_if(steps.begin(), steps.end(), [](const Step& step) {
+        return std::any_of(step.accesses.begin(), step.accesses.end(), [](const Access& a) {
+            return a.kind == Access::Kind::kObject && a.id == 0;
+        });
+    }));
+}
+
 uint64_t classOf(const std::vector<Step>& steps) {
     Causality causality;
     for (const Step& step : steps) causality.append(step);
@@ -136,6 +146,7 @@ class BlockExplorer {
     size_t mRuns = 0;
     size_t mMostDecisions = 1;
     std::set<uint64_t> mClasses;       // of the runs that were not redundant
+    size_t mUnnamed = 0;               // steps that touched something unnamed
     std::set<std::string> mOutcomes;   // of the search's clean runs
     int mBound = -1;                   // the bound searched within; -1 for none
     bool mFinished = false;            // the search ran out of runs to make
@@ -272,6 +283,7 @@ bool BlockExplorer::drive(Planner& search, Time::time_point deadline) {
         if (!search.next(&plan)) return true;
         RunResult result;
         if (!runAndJudge(planned(plan), &result)) return false;
+        mUnnamed += unnamedSteps(result.steps);
         std::string error;
         if (!search.record(traced(result), &error)) {
             mOut << where() << ": error in run " << mRuns << " (schedule " << result.schedule()
@@ -424,6 +436,7 @@ void BlockExplorer::summary(double seconds) const {
     }
     mOut << ", " << fixed(seconds, 2) << " s, " << fixed(seconds > 0 ? mRuns / seconds : 0, 1)
          << " runs/s";
+    if (mUnnamed > 0) mOut << ", " << mUnnamed << " steps touched something unnamed";
     if (mOptions.compareDfs) {
         mOut << "; depth-first search at bound " << kFallbackBound << ": " << mDepthFirstRuns
              << " runs, " << (mMissed.empty() ? "nothing" : std::to_string(mMissed.size()))
