@@ -4,6 +4,7 @@
 // std::string interface is built for libstdc++ and the clang builds use libc++.
 #include <cutils/properties.h>
 #include <zdhost/platform_control.h>
+#include <zdhost/schedule.h>
 
 #include <cstring>
 #include <map>
@@ -23,6 +24,7 @@ std::map<std::string, std::string>& store() {
 }
 
 std::string storedValue(const char* key) {
+    zdhost::schedule::touch(&store(), zdhost::schedule::Access::kRead);
     std::lock_guard<std::mutex> lock(storeMutex());
     auto found = store().find(key);
     return found == store().end() ? std::string() : found->second;
@@ -51,6 +53,7 @@ extern "C" int property_get(const char* key, char* value, const char* default_va
 namespace zdhost {
 namespace platform {
 void setProperty(const std::string& name, const std::string& value) {
+    zdhost::schedule::touch(&store(), zdhost::schedule::Access::kWrite);
     std::lock_guard<std::mutex> lock(storeMutex());
     store()[name] = value;
 }

@@ -2,6 +2,7 @@
 // platform calls arrive here: pauses run on virtual time, and the device-tree
 // file is served from a host file that the world controls.
 #include <zdhost/platform_control.h>
+#include <zdhost/schedule.h>
 
 #include <cstdio>
 #include <cstring>
@@ -28,6 +29,7 @@ void realSleep(useconds_t micros) {
 }
 
 void setBatchingChannelFile(const std::string& hostPath) {
+    zdhost::schedule::touch(&gChannelFile, zdhost::schedule::Access::kWrite);
     std::lock_guard<std::mutex> lock(gLock);
     gChannelFile = hostPath;
 }
@@ -48,6 +50,7 @@ extern "C" int __wrap_usleep(useconds_t micros) {
 extern "C" FILE* __wrap_fopen(const char* path, const char* mode) {
     if (path != nullptr && strcmp(path, zdhost::platform::kBatchingChannelPath) == 0) {
         std::string hostPath;
+        zdhost::schedule::touch(&zdhost::platform::gChannelFile, zdhost::schedule::Access::kRead);
         {
             std::lock_guard<std::mutex> lock(zdhost::platform::gLock);
             hostPath = zdhost::platform::gChannelFile;

@@ -88,7 +88,7 @@ void post(std::function<void()> work) {
 
 void deliverCall(const std::function<void()>& call) {
     if (Pool::tOnPool) {
-        schedule::reach(schedule::Point::kDelivery);
+        schedule::reach(schedule::Point::kDelivery, nullptr, schedule::Access::kNothing);
         call();
         return;
     }
@@ -96,7 +96,7 @@ void deliverCall(const std::function<void()>& call) {
     std::condition_variable done;
     bool finished = false;
     Pool::get().post([&] {
-        schedule::reach(schedule::Point::kDelivery);
+        schedule::reach(schedule::Point::kDelivery, nullptr, schedule::Access::kNothing);
         call();
         std::lock_guard<std::mutex> guard(lock);
         finished = true;

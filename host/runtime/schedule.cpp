@@ -1,6 +1,9 @@
 #include <zdhost/schedule.h>
 
 #include <atomic>
+#include <cstdint>
+#include <functional>
+#include <string>
 
 namespace zdhost {
 namespace schedule {
@@ -20,6 +23,12 @@ void setControlled(bool controlled) {
 
 Controller* current() {
     return tControlled ? gController.load() : nullptr;
+}
+
+const void* receiver(const std::string& operation) {
+    // User-space addresses stay below 2^63 on the platforms the host builds for.
+    const uint64_t name = std::hash<std::string>()(operation) | (uint64_t{1} << 63);
+    return reinterpret_cast<const void*>(static_cast<uintptr_t>(name));
 }
 
 int threadTag() {

@@ -29,6 +29,7 @@ bool ServiceManager::add(const std::string& instance, const sp<IBase>& service) 
     std::vector<std::string> chain = chainOf(service);
     std::vector<Watch> toNotify;
     std::vector<std::string> notifiedNames;
+    schedule::touch(this, schedule::Access::kWrite);
     {
         std::lock_guard<std::mutex> lock(mLock);
         for (const auto& fqName : chain) {
@@ -50,6 +51,7 @@ bool ServiceManager::add(const std::string& instance, const sp<IBase>& service) 
 }
 
 void ServiceManager::remove(const sp<IBase>& service) {
+    schedule::touch(this, schedule::Access::kWrite);
     std::lock_guard<std::mutex> lock(mLock);
     mEntries.erase(std::remove_if(mEntries.begin(), mEntries.end(),
                                   [&](const Entry& e) { return e.service == service; }),
@@ -58,7 +60,7 @@ void ServiceManager::remove(const sp<IBase>& service) {
 
 sp<IBase> ServiceManager::lookup(const std::string& fqName, const std::string& instance,
                                  bool tryOnly) {
-    schedule::reach(schedule::Point::kCall);
+    schedule::reach(schedule::Point::kCall, this, schedule::Access::kWrite);
     RuntimeObserver* observer = mObserver.load();
     if (observer != nullptr) observer->beforeLookup(fqName, instance);
     sp<IBase> found;
@@ -75,7 +77,7 @@ sp<IBase> ServiceManager::lookup(const std::string& fqName, const std::string& i
 bool ServiceManager::registerForNotifications(const std::string& fqName,
                                               const std::string& instance,
                                               const sp<IServiceNotification>& watcher) {
-    schedule::reach(schedule::Point::kCall);
+    schedule::reach(schedule::Point::kCall, this, schedule::Access::kWrite);
     if (watcher == nullptr) return false;
     RuntimeObserver* observer = mObserver.load();
     if (observer != nullptr) observer->onRegisterForNotifications(fqName, instance, watcher);

@@ -1,4 +1,5 @@
 #include <zdhost/runtime.h>
+#include <zdhost/schedule.h>
 
 #include <algorithm>
 
@@ -19,12 +20,14 @@ wp<IBase> expiredReference() {
 }
 
 bool ServiceProcess::alive() const {
+    schedule::touch(this, schedule::Access::kRead);
     std::lock_guard<std::mutex> lock(mLock);
     return mAlive;
 }
 
 bool ServiceProcess::linkToDeath(const sp<hidl_death_recipient>& recipient, uint64_t cookie,
                                  const wp<IBase>& who) {
+    schedule::touch(this, schedule::Access::kWrite);
     std::lock_guard<std::mutex> lock(mLock);
     if (!mAlive || recipient == nullptr) return false;
     mLinks.push_back({recipient, cookie, who});
@@ -32,6 +35,7 @@ bool ServiceProcess::linkToDeath(const sp<hidl_death_recipient>& recipient, uint
 }
 
 bool ServiceProcess::unlinkToDeath(const sp<hidl_death_recipient>& recipient) {
+    schedule::touch(this, schedule::Access::kWrite);
     std::lock_guard<std::mutex> lock(mLock);
     if (!mAlive) return false;
     auto it = std::find_if(mLinks.begin(), mLinks.end(),
@@ -43,6 +47,7 @@ bool ServiceProcess::unlinkToDeath(const sp<hidl_death_recipient>& recipient) {
 
 void ServiceProcess::kill(const std::vector<sp<IBase>>& services, bool promotableWho) {
     std::vector<Link> links;
+    schedule::touch(this, schedule::Access::kWrite);
     {
         std::lock_guard<std::mutex> lock(mLock);
         if (!mAlive) return;
@@ -54,6 +59,8 @@ void ServiceProcess::kill(const std::vector<sp<IBase>>& services, bool promotabl
     for (auto& link : links) {
         if (!promotableWho) link.who = expiredReference();
         pool::post([link, observer] {
+            // Whether the recipient still lives depends on when its owner let it go.
+            schedule::touch(link.recipient.get_refs()->refBase(), schedule::Access::kWrite);
             sp<hidl_death_recipient> recipient = link.recipient.promote();
             if (recipient == nullptr) return;
             if (observer != nullptr) observer->onDeathDelivered(recipient, link.cookie);

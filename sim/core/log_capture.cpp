@@ -26,7 +26,9 @@ void appendEscaped(std::string& out, unsigned char c) {
 }
 
 void captureLine(const struct __android_logger_data* data, const char* message) {
-    zdhost::schedule::reach(zdhost::schedule::Point::kLog);
+    // The point itself touches nothing shared; the line is the thread's own transcript's.
+    zdhost::schedule::reach(zdhost::schedule::Point::kLog, nullptr,
+                            zdhost::schedule::Access::kNothing);
     Transcript::get().emit(logLine(data->priority, message));
 }
 

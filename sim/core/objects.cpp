@@ -2,6 +2,7 @@
 #include "objects.h"
 
 #include <cxxabi.h>
+#include <zdhost/schedule.h>
 
 #include <cstdlib>
 #include <memory>
@@ -37,7 +38,9 @@ void ObjectNames::assign(const android::RefBase* object, const std::string& base
     if (!object) return;
     std::lock_guard<std::mutex> lock(mLock);
     auto* mutableObject = const_cast<android::RefBase*>(object);
-    mNames[object] = Entry{mutableObject, numbered ? nextName(baseName) : "@" + baseName};
+    Entry& entry = mNames[object];
+    zdhost::schedule::touch(&entry, zdhost::schedule::Access::kWrite);
+    entry = Entry{mutableObject, numbered ? nextName(baseName) : "@" + baseName};
 }
 
 std::string ObjectNames::nameOf(const android::RefBase* object) {
@@ -47,16 +50,23 @@ std::string ObjectNames::nameOf(const android::RefBase* object) {
     // The weak reference tells a named object from a later one at the same address:
     // it keeps the old object's reference block, which a new object never shares.
     if (found != mNames.end() && found->second.alive.get_refs() == object->getWeakRefs()) {
+        zdhost::schedule::touch(&found->second, zdhost::schedule::Access::kRead);
         return found->second.name;
     }
     auto* mutableObject = const_cast<android::RefBase*>(object);
-    const std::string name = nextName(className(object));
-    mNames[object] = Entry{mutableObject, name};
-    return name;
+    Entry& entry = mNames[object];
+    zdhost::schedule::touch(&entry, zdhost::schedule::Access::kWrite);
+    entry = Entry{mutableObject, nextName(className(object))};
+    return entry.name;
 }
 
+// Under the explorer, a step that names an object uses its entry and its base name's
+// count (a new name depends on the names given before it); one that prints a known name
+// reads the entry.
 std::string ObjectNames::nextName(const std::string& baseName) {
-    return "@" + baseName + "#" + std::to_string(++mCounts[baseName]);
+    int& count = mCounts[baseName];
+    zdhost::schedule::touch(&count, zdhost::schedule::Access::kWrite);
+    return "@" + baseName + "#" + std::to_string(++count);
 }
 
 }  // namespace sim

@@ -38,6 +38,8 @@ const char* stopName(Stop stop) {
             return "step-bound";
         case Stop::kDiverged:
             return "diverged";
+        case Stop::kRedundant:
+            return "redundant";
     }
     return "error";
 }
@@ -67,11 +69,12 @@ std::unique_ptr<Policy> policyFor(const RunRequest& request) {
         case RunRequest::Mode::kSerial:
             return std::make_unique<SerialPolicy>(
                 request.order, [](const SerialPolicy::Choice& choice) {
-                    send("S " + choice.chosen + joined(choice.possible));
+                    send("C " + choice.chosen + joined(choice.possible));
                 });
         case RunRequest::Mode::kPct:
             return std::make_unique<PctPolicy>(request.seed, request.depth,
                                                request.expectedDecisions);
+        case RunRequest::Mode::kPlanned:
         case RunRequest::Mode::kGuided:
             break;
     }
@@ -99,13 +102,14 @@ std::vector<Scheduler::Branch> branchWork(const sim::Block& block, Scheduler* sc
 // A block other than the explored one runs its branches whole, in their written order.
 void playInOrder(const sim::Block& block, const RunRequest& request) {
     SerialPolicy serial({});
-    Scheduler scheduler(serial, {nullptr, stopRun, nullptr, nullptr}, request.stepBound);
+    Scheduler scheduler(serial, {nullptr, nullptr, stopRun, nullptr, nullptr}, request.stepBound);
     scheduler.run(branchWork(block, &scheduler));
 }
 
 Scheduler::Events exploredEvents() {
     Scheduler::Events events;
     events.decided = [](const Decision& d, int chosen) { send(decisionMessage(d, chosen)); };
+    events.stepped = [](const Step& step) { send("S " + formatStep(step)); };
     events.stopped = stopRun;
     events.operationBegan = [](const OperationStart& op) {
         send("O " + op.key + " " + std::to_string(op.thread) + " " + op.label);
@@ -118,7 +122,124 @@ Scheduler::Events exploredEvents() {
 
 }  // namespace
 
-void runChild(const sim::Scenario& scenario, const RunRequest& request, int fd) {
+std::string formatRequest(const RunRequest& r) {
+    std::ostringstream out;
+    out << "mode " << static_cast<int>(r.mode) << "\nblock " << r.block << "\nseed " << r.seed
+        << "\ndepth " << r.depth << "\nexpected " << r.expectedDecisions << "\nstep-bound "
+        << r.stepBound << "\nwatchdog " << r.watchdogSeconds << "\nsleep-at " << r.sleepAt << "\n";
+    for (const auto& [index, thread] : r.deviations)
+        out << "choice " << index << ' ' << thread << "\n";
+    for (const std::string& key : r.order) out << "order " << key << "\n";
+    if (r.checkExpectations) out << "check-expectations 1\n";
+    for (const Step& step : r.sleeping) out << "sleeping " << formatStep(step) << "\n";
+    return out.str();
+}
+
+namespace {
+
+// The words of one line of a request, without the heap.
+struct Words {
+    const char* at;
+    const char* end;
+
+    bool next(const char** word, size_t* length) {
+        while (at < end && *at == ' ') ++at;
+        if (at == end) return false;
+        *word = at;
+        while (at < end && *at != ' ') ++at;
+        *length = static_cast<size_t>(at - *word);
+        return true;
+    }
+    bool number(long long* value) {
+        const char* word;
+        size_t length;
+        if (!next(&word, &length)) return false;
+        char* stop = nullptr;
+        *value = strtoll(word, &stop, 10);
+        return stop == word + length;
+    }
+    bool is(const char* word, size_t length, const char* name) {
+        return strlen(name) == length && strncmp(word, name, length) == 0;
+    }
+};
+
+bool readSleeping(Words& words, PlannedPolicy* planned) {
+    long long thread = 0;
+    long long decision = 0;
+    if (!words.number(&thread) || !words.number(&decision)) return false;
+    std::array<Access, PlannedPolicy::kMostAccesses + 1> accesses;
+    size_t count = 0;
+    const char* word;
+    size_t length;
+    while (words.next(&word, &length)) {
+        Access a;
+        if (!parseAccess(word, length, &a)) return false;
+        if (count < accesses.size()) accesses[count] = a;
+        ++count;
+    }
+    planned->addSleeping(static_cast<int>(thread), accesses.data(), count);
+    return true;
+}
+
+}  // namespace
+
+bool parseRequest(const char* text, size_t size, RunRequest* r, PlannedPolicy* planned) {
+    const char* end = text + size;
+    for (const char* line = text; line < end;) {
+        const char* stop = static_cast<const char*>(memchr(line, '\n', end - line));
+        if (stop == nullptr) stop = end;
+        Words words{line, stop};
+        line = stop + 1;
+        const char* name;
+        size_t length;
+        if (!words.next(&name, &length)) continue;
+        long long a = 0;
+        long long b = 0;
+        bool ok = true;
+        if (words.is(name, length, "sleeping")) {
+            ok = readSleeping(words, planned);
+        } else if (words.is(name, length, "order")) {  // a serial run's: it may allocate
+            ok = words.next(&name, &length);
+            if (ok) r->order.emplace_back(name, length);
+        } else if (words.is(name, length, "choice")) {
+            ok = words.number(&a) && words.number(&b);
+            if (r->mode == RunRequest::Mode::kPlanned) {
+                planned->addChoice(static_cast<size_t>(a), static_cast<int>(b));
+            } else {
+                r->deviations[static_cast<size_t>(a)] = static_cast<int>(b);
+            }
+        } else {
+            ok = words.number(&a);
+            if (words.is(name, length, "mode")) {
+                r->mode = static_cast<RunRequest::Mode>(a);
+            } else if (words.is(name, length, "block")) {
+                r->block = static_cast<size_t>(a);
+            } else if (words.is(name, length, "seed")) {
+                r->seed = static_cast<uint64_t>(a);
+            } else if (words.is(name, length, "depth")) {
+                r->depth = static_cast<int>(a);
+            } else if (words.is(name, length, "expected")) {
+                r->expectedDecisions = static_cast<size_t>(a);
+            } else if (words.is(name, length, "step-bound")) {
+                r->stepBound = static_cast<size_t>(a);
+            } else if (words.is(name, length, "watchdog")) {
+                r->watchdogSeconds = static_cast<unsigned>(a);
+            } else if (words.is(name, length, "sleep-at")) {
+                r->sleepAt = static_cast<size_t>(a);
+                planned->setSleepAt(r->sleepAt);
+            } else if (words.is(name, length, "check-expectations")) {
+                r->checkExpectations = a != 0;
+            } else {
+                ok = false;
+            }
+        }
+        if (!ok) return false;
+    }
+    return true;
+}
+
+void runChild(const sim::Scenario& scenario, const RunRequest& request, PlannedPolicy* planned,
+              int fd) {
     gFd = fd;
     alarm(request.watchdogSeconds);
     sim::Transcript::get().setEcho(false);
@@ -126,7 +247,12 @@ void runChild(const sim::Scenario& scenario, const RunRequest& request, int fd) 
         const std::string key = Scheduler::currentOperation();
         send("T " + (key.empty() ? std::string("0") : key) + " " + line);
     });
-    std::unique_ptr<Policy> policy = policyFor(request);
+    std::unique_ptr<Policy> owned;
+    Policy* policy = planned;
+    if (request.mode != RunRequest::Mode::kPlanned) {
+        owned = policyFor(request);
+        policy = owned.get();
+    }
     auto playBlock = [&](const sim::Block& block, size_t ordinal, std::string*) {
         if (ordinal != request.block) {
             playInOrder(block, request);

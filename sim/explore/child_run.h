@@ -3,30 +3,37 @@
 // explored block under the scheduler, the scenario's other blocks in their written order,
 // and streams what happens to the explorer over a pipe, one message a line:
 //   D INDEX CHOSEN FALLBACK CURRENT THREAD/BRANCH/COST/EARLY...   a decision
+//   S THREAD DECISION ACCESS...  a step of the explored block, once it ended (steps.h)
 //   B, E                  the explored block begins, ends
 //   O KEY THREAD LABEL    an operation of the block begins on THREAD
-//   S CHOSEN POSSIBLE...  in a serial run, operation CHOSEN began where any of POSSIBLE could
+//   C CHOSEN POSSIBLE...  in a serial run, operation CHOSEN began where any of POSSIBLE could
 //   L MUTEX KEY           operation KEY makes a remote call holding library mutex MUTEX
 //   T KEY LINE            a transcript line; KEY is its operation's, 0 outside the block
-//   F KIND DETAIL         the run stopped early: deadlock, step-bound, diverged, error, or
-//                         expectation (an expect line failed; DETAIL is the runner's report)
+//   F KIND DETAIL         the run stopped early: deadlock, step-bound, diverged, redundant,
+//                         error, or expectation (an expect line failed; DETAIL is the
+//                         runner's report)
 //   X                     the run ended cleanly
 // A crash, an abort or a sanitizer report ends the child without its X.
 #pragma once
 
 #include <cstdint>
 #include <map>
+#include <string>
 #include <vector>
 
+#include "policy.h"
 #include "scenario.h"
+#include "steps.h"
 
 namespace explore {
 
 struct RunRequest {
-    enum class Mode { kGuided, kSerial, kPct };
+    enum class Mode { kGuided, kSerial, kPct, kPlanned };
     Mode mode = Mode::kGuided;
     size_t block = 0;                  // the explored block, counted from 0
-    std::map<size_t, int> deviations;  // kGuided: the schedule
+    std::map<size_t, int> deviations;  // kGuided: the schedule; kPlanned: the choices
+    size_t sleepAt = 0;                // kPlanned: where the sleeping threads begin to sleep
+    std::vector<Step> sleeping;        // kPlanned
     std::vector<std::string> order;    // kSerial: operations to begin where there is a choice
     uint64_t seed = 0;                 // kPct
     int depth = 3;                     // kPct
@@ -36,6 +43,13 @@ struct RunRequest {
     unsigned watchdogSeconds = 20;   // a run still going then is a hang
 };
 
-[[noreturn]] void runChild(const sim::Scenario& scenario, const RunRequest& request, int fd);
+// A request as text, one field a line, and back. A planned run's plan is read straight
+// into `planned`, so that reading it takes nothing of the heap.
+std::string formatRequest(const RunRequest& request);
+bool parseRequest(const char* text, size_t size, RunRequest* request, PlannedPolicy* planned);
+
+// `planned`: the policy of a kPlanned request.
+[[noreturn]] void runChild(const sim::Scenario& scenario, const RunRequest& request,
+                           PlannedPolicy* planned, int fd);
 
 }  // namespace explore

@@ -2,13 +2,18 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <cstring>
+#include <iostream>
 #include <map>
 #include <set>
 
+#include "bounded.h"
+#include "dpor.h"
 #include "finding_report.h"
 #include "launcher.h"
+#include "scheduler.h"
 
 namespace explore {
 
@@ -24,18 +29,49 @@ struct Finding {
     std::string schedule;
 };
 
-// A search node: one decision of the current path, with the choices tried there.
-struct Node {
-    TakenDecision taken;
-    std::set<int> tried;
-    int preemptionsBefore = 0;
-};
+using Time = std::chrono::steady_clock;
 
-int costOf(const Decision& d, int thread) {
-    for (const Candidate& c : d.candidates) {
-        if (c.thread == thread) return c.cost;
+// A run's steps with the threads that could have run in each one's place.
+std::vector<TracedStep> traced(const RunResult& result) {
+    std::map<long, const Decision*> decisions;
+    for (const TakenDecision& taken : result.decisions) {
+        decisions[static_cast<long>(taken.decision.index)] = &taken.decision;
     }
-    return 0;
+    std::vector<TracedStep> steps;
+    for (const Step& step : result.steps) {
+        TracedStep t;
+        t.step = step;
+        auto it = decisions.find(step.decision);
+        if (it != decisions.end()) {
+            t.candidates = it->second->candidates;
+        } else {
+            t.candidates.push_back({step.thread, 0, 0, false, "", false});
+        }
+        steps.push_back(std::move(t));
+    }
+    return steps;
+}
+
+// Steps that touched something no point or hook named: the search takes each of them as
+// touching everything, which is sound but loses the reduction around it.
+size_t unnamedSteps(const std::vector<Step>& steps) {
+    return static_cast<size_t>(std::count_if(steps.begin(), steps.end(), [](const Step& step) {
+        return std::any_of(step.accesses.begin(), step.accesses.end(), [](const Access& a) {
+            return a.kind == Access::Kind::kObject && a.id == 0;
+        });
+    }));
+}
+
+uint64_t classOf(const std::vector<Step>& steps) {
+    Causality causality;
+    for (const Step& step : steps) causality.append(step);
+    return std::hash<std::string>()(causality.className());
+}
+
+std::string fixed(double value, int decimals) {
+    char text[32];
+    snprintf(text, sizeof(text), "%.*f", decimals, value);
+    return text;
 }
 
 void printIndented(std::ostream& out, const std::string& text, const char* indent) {
@@ -50,9 +86,16 @@ void printIndented(std::ostream& out, const std::string& text, const char* inden
 
 class BlockExplorer {
   public:
+    // `share`: the seconds the search may take before it falls back to a bound.
     BlockExplorer(const sim::Scenario& scenario, const sim::Step& step, size_t ordinal,
-                  const Options& options, std::ostream& out)
-        : mLauncher(scenario), mStep(step), mOrdinal(ordinal), mOptions(options), mOut(out) {}
+                  const Options& options, double share, std::ostream& out)
+        : mLauncher(scenario),
+          mStep(step),
+          mOrdinal(ordinal),
+          mOptions(options),
+          mSearch(options.searchOf(ordinal + 1)),
+          mShare(share),
+          mOut(out) {}
 
     int explore();
     int replay();
@@ -64,8 +107,16 @@ class BlockExplorer {
     // Keeps a serial run's outcome; notes its refused commands and failed expectations.
     void keepSerial(const RunResult& result);
     void reportRefusedEverywhere();
-    void depthFirst();
+    void search();
+    // Runs what `search` plans until it has nothing more, the run limit or `deadline`;
+    // true when it finished.
+    template <typename Planner>
+    bool drive(Planner& search, Time::time_point deadline);
+    RunRequest planned(const Plan& plan) const;
     void pct();
+    // Plain depth-first search at kFallbackBound, held against what the search found.
+    void compareWithDepthFirst();
+    void showProgress();
     // Runs, judges and counts one run; false when the explorer itself went wrong.
     bool runAndJudge(const RunRequest& request, RunResult* result);
     // The findings a run shows; a serial run's outcome is the reference, never non-serial.
@@ -79,11 +130,14 @@ class BlockExplorer {
     std::string describe(const Finding& finding) const;
     int verdict() const;
     void summary(double seconds) const;
+    std::string coverage() const;
 
     Launcher mLauncher;
     const sim::Step& mStep;
     size_t mOrdinal;
     const Options& mOptions;
+    const Search& mSearch;
+    double mShare;
     std::ostream& mOut;
     std::map<std::string, std::string> mSerialOutcomes;  // outcome -> serial order
     std::set<std::string> mRefusedEverywhere;      // branch commands refused in every serial run
@@ -94,7 +148,16 @@ class BlockExplorer {
     std::vector<Finding> mFindings;
     size_t mRuns = 0;
     size_t mMostDecisions = 1;
-    bool mExhausted = true;
+    std::set<uint64_t> mClasses;       // of the runs that were not redundant
+    size_t mUnnamed = 0;               // steps that touched something unnamed
+    std::set<std::string> mOutcomes;   // of the search's clean runs
+    int mBound = -1;                   // the bound searched within; -1 for none
+    bool mFinished = false;            // the search ran out of runs to make
+    bool mFellBack = false;            // it passed its share and fell back to a bound
+    size_t mDepthFirstRuns = 0;        // with --compare-dfs
+    std::vector<std::string> mMissed;  // what depth-first search found and it did not
+    Time::time_point mStarted = Time::now();
+    Time::time_point mShown = mStarted;
     bool mBroken = false;
 };
 
@@ -121,7 +184,7 @@ bool BlockExplorer::runSerialOrders() {
     // default; every choice past the prefix opens the orders that choose otherwise there.
     std::vector<std::vector<std::string>> pending = {{}};
     while (!pending.empty() && !mBroken) {
-        if (mSerialRuns >= mOptions.maxRuns) {
+        if (mSerialRuns >= mSearch.maxRuns) {
             mSerialCut = true;
             break;
         }
@@ -228,6 +291,7 @@ bool BlockExplorer::runAndJudge(const RunRequest& request, RunResult* result) {
         mBroken = true;
         return false;
     }
+    if (result->stopKind == "redundant") return true;
     for (const Finding& finding : judge(request, *result)) {
         const bool known = std::any_of(mFindings.begin(), mFindings.end(), [&](const Finding& f) {
             return f.kind == finding.kind && f.key == finding.key;
@@ -300,68 +364,126 @@ void BlockExplorer::reportNonSerial(const RunResult& result) {
     printDiff(mOut, nearest, "    ");
 }
 
-void BlockExplorer::depthFirst() {
-    std::vector<Node> path;
-    std::map<size_t, int> deviations;
-    while (!mBroken) {
-        if (mRuns >= mOptions.maxRuns) {
-            mExhausted = false;
+RunRequest BlockExplorer::planned(const Plan& plan) const {
+    RunRequest r = request(RunRequest::Mode::kPlanned);
+    r.deviations = plan.choices;
+    r.sleepAt = plan.sleepAt;
+    r.sleeping = plan.sleeping;
+    return r;
+}
+
+template <typename Planner>
+bool BlockExplorer::drive(Planner& search, Time::time_point deadline) {
+    Plan plan;
+    while (!mBroken && mRuns < mSearch.maxRuns && Time::now() < deadline) {
+        if (!search.next(&plan)) return true;
+        RunResult result;
+        if (!runAndJudge(planned(plan), &result)) return false;
+        mUnnamed += unnamedSteps(result.steps);
+        std::string error;
+        if (!search.record(traced(result), &error)) {
+            mOut << where() << ": error in run " << mRuns << " (schedule " << result.schedule()
+                 << "): " << error << "\n";
+            mBroken = true;
+            return false;
+        }
+        if (result.stopKind != "redundant") {
+            mClasses.insert(std::hash<std::string>()(search.className()));
+            if (result.clean) mOutcomes.insert(result.outcome());
+        }
+        showProgress();
+    }
+    return false;
+}
+
+// Every order, one run per class, unless a bound is given: then every schedule within it. A
+// search that does not finish in its share of the budget starts again within the fallback
+// bound.
+void BlockExplorer::search() {
+    const Time::time_point never = Time::time_point::max();
+    if (mSearch.bound) {
+        mBound = *mSearch.bound;
+        BoundedSearch bounded(mBound);
+        mFinished = drive(bounded, never);
+        return;
+    }
+    const auto share = std::chrono::duration_cast<Time::duration>(
+        std::chrono::duration<double>(std::min(mShare, 1e9)));
+    PartialOrderSearch every;
+    mFinished = drive(every, mStarted + share);
+    if (mFinished || mBroken || mRuns >= mSearch.maxRuns) return;
+    mFellBack = true;
+    mBound = kFallbackBound;
+    BoundedSearch bounded(mBound);
+    mFinished = drive(bounded, never);
+}
+
+void BlockExplorer::compareWithDepthFirst() {
+    BoundedSearch depthFirst(kFallbackBound);
+    Plan plan;
+    std::set<std::string> missed;
+    while (!mBroken && mDepthFirstRuns < mSearch.maxRuns && depthFirst.next(&plan)) {
+        const RunRequest r = planned(plan);
+        const RunResult result = mLauncher.run(r);
+        ++mDepthFirstRuns;
+        std::string error;
+        if (result.stopKind == "diverged" || result.stopKind == "error" ||
+            !depthFirst.record(traced(result), &error)) {
+            mOut << where() << ": error in depth-first run " << mDepthFirstRuns << ": "
+                 << result.stopDetail << error << "\n";
+            mBroken = true;
             return;
         }
-        RunRequest r = request(RunRequest::Mode::kGuided);
-        r.deviations = deviations;
-        RunResult result;
-        if (!runAndJudge(r, &result)) return;
-        for (size_t i = path.size(); i < result.decisions.size(); ++i) {
-            Node node;
-            node.taken = result.decisions[i];
-            node.tried.insert(node.taken.chosen);
-            if (i > 0) {
-                const Node& before = path[i - 1];
-                node.preemptionsBefore =
-                    before.preemptionsBefore + costOf(before.taken.decision, before.taken.chosen);
-            }
-            path.push_back(node);
+        if (result.clean && mOutcomes.count(result.outcome()) == 0) {
+            missed.insert("the outcome of schedule " + result.schedule() + ":\n" +
+                          result.outcome());
         }
-        // Back up to the deepest decision with a choice left within the bound.
-        bool next = false;
-        while (!path.empty() && !next) {
-            Node& node = path.back();
-            for (const Candidate& c : node.taken.decision.candidates) {
-                if (node.tried.count(c.thread) != 0) continue;
-                if (node.preemptionsBefore + c.cost > mOptions.bound) continue;
-                node.tried.insert(c.thread);
-                node.taken.chosen = c.thread;
-                next = true;
-                break;
-            }
-            if (!next) path.pop_back();
-        }
-        if (!next) return;
-        deviations.clear();
-        for (const Node& node : path) {
-            if (node.taken.chosen != node.taken.decision.fallback) {
-                deviations[node.taken.decision.index] = node.taken.chosen;
+        for (const Finding& found : judge(r, result)) {
+            const bool known = std::any_of(
+                mFindings.begin(), mFindings.end(),
+                [&](const Finding& f) { return f.kind == found.kind && f.key == found.key; });
+            if (!known) {
+                missed.insert(std::string(sim::findingName(found.kind)) + " in schedule " +
+                              result.schedule() + ": " + found.detail);
             }
         }
     }
+    mMissed.assign(missed.begin(), missed.end());
+    for (const std::string& what : mMissed) {
+        mOut << where() << ": depth-first search at bound " << kFallbackBound
+             << " found what the search did not: ";
+        printIndented(mOut, what, "  ");
+    }
+}
+
+void BlockExplorer::showProgress() {
+    const Time::time_point now = Time::now();
+    if (now - mShown < std::chrono::seconds(10)) return;
+    mShown = now;
+    const std::chrono::duration<double> took = now - mStarted;
+    std::cerr << where() << ": block " << mOrdinal + 1 << ": " << mRuns << " runs, "
+              << mClasses.size() << " classes, " << fixed(took.count(), 0) << " s so far\n";
 }
 
 void BlockExplorer::pct() {
-    for (size_t i = 0; i < mOptions.pctRuns && !mBroken; ++i) {
+    for (size_t i = 0; i < mSearch.pctRuns && !mBroken; ++i) {
         RunRequest r = request(RunRequest::Mode::kPct);
         r.seed = mOptions.seed * 1000003 + i;
         r.depth = mOptions.depth;
         r.expectedDecisions = mMostDecisions;
         RunResult result;
-        runAndJudge(r, &result);
+        if (!runAndJudge(r, &result)) return;
+        mClasses.insert(classOf(result.steps));
+        if (result.clean) mOutcomes.insert(result.outcome());
+        showProgress();
     }
+    mFinished = true;
 }
 
 int BlockExplorer::verdict() const {
     if (mBroken) return sim::kExitBadScenario;
-    if (!mOptions.check) return 0;
-    int code = mExpectationFailed ? 1 : 0;
+    if (!mOptions.check) return mMissed.empty() ? 0 : 1;
+    int code = mExpectationFailed || !mMissed.empty() ? 1 : 0;
     for (size_t i = 0; i < mFindings.size(); ++i) {
         if (declares(mFindings[i].kind)) continue;
         mOut << where() << ": check failed: finding " << i + 1 << " (" << describe(mFindings[i])
@@ -389,38 +511,57 @@ int BlockExplorer::verdict() const {
     return code;
 }
 
+// How far the search went: "exhaustive" when it ran every class of orders.
+std::string BlockExplorer::coverage() const {
+    std::string text;
+    if (mSearch.pctRuns > 0) {
+        return "PCT (depth " + std::to_string(mOptions.depth) + ", seed " +
+               std::to_string(mOptions.seed) + ")";
+    }
+    if (mBound < 0) {
+        text = "exhaustive";
+    } else {
+        text = "bound " + std::to_string(mBound);
+    }
+    if (mFellBack) text += " (no bound did not finish in its " + fixed(mShare, 1) + " s share)";
+    if (!mFinished) text = (mBound < 0 ? "not exhaustive" : text) + " (stopped at the run limit)";
+    return text;
+}
+
 void BlockExplorer::summary(double seconds) const {
     mOut << where() << ": block " << mOrdinal + 1 << ": " << mStep.block->branches.size()
          << " branches, " << mSerialOutcomes.size() << " serial outcome"
          << (mSerialOutcomes.size() == 1 ? "" : "s") << " of " << mSerialRuns << " serial order"
-         << (mSerialRuns == 1 ? "" : "s") << (mSerialCut ? " (stopped at the run budget)" : "")
-         << ", " << mRuns << " runs";
-    if (mOptions.pctRuns > 0) {
-        mOut << " (PCT, depth " << mOptions.depth << ", seed " << mOptions.seed << ")";
-    } else {
-        mOut << ", bound " << mOptions.bound << (mExhausted ? "" : " (stopped at the run budget)");
-    }
+         << (mSerialRuns == 1 ? "" : "s") << (mSerialCut ? " (stopped at the run limit)" : "")
+         << ", " << mRuns << " runs, " << mClasses.size() << " class"
+         << (mClasses.size() == 1 ? "" : "es") << ", " << coverage();
     mOut << ", " << mFindings.size() << " finding" << (mFindings.size() == 1 ? "" : "s");
     for (size_t i = 0; i < mFindings.size(); ++i) {
         mOut << (i == 0 ? " (" : ", ") << sim::findingName(mFindings[i].kind) << " first in run "
              << mFindings[i].run;
         if (i + 1 == mFindings.size()) mOut << ")";
     }
-    char time[32];
-    snprintf(time, sizeof(time), "%.2f", seconds);
-    mOut << ", " << time << " s\n";
+    mOut << ", " << fixed(seconds, 2) << " s, " << fixed(seconds > 0 ? mRuns / seconds : 0, 1)
+         << " runs/s";
+    if (mUnnamed > 0) mOut << ", " << mUnnamed << " steps touched something unnamed";
+    if (mOptions.compareDfs) {
+        mOut << "; depth-first search at bound " << kFallbackBound << ": " << mDepthFirstRuns
+             << " runs, " << (mMissed.empty() ? "nothing" : std::to_string(mMissed.size()))
+             << " more";
+    }
+    mOut << "\n";
 }
 
 int BlockExplorer::explore() {
-    const auto started = std::chrono::steady_clock::now();
     if (runSerialOrders()) {
-        if (mOptions.pctRuns > 0) {
+        if (mSearch.pctRuns > 0) {
             pct();
         } else {
-            depthFirst();
+            search();
         }
     }
-    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - started;
+    const std::chrono::duration<double> took = Time::now() - mStarted;
+    if (mOptions.compareDfs && !mBroken) compareWithDepthFirst();
     summary(took.count());
     return verdict();
 }
@@ -442,6 +583,7 @@ int BlockExplorer::replay() {
         mOut << where() << ": schedule " << mOptions.schedule << " on block " << mOrdinal + 1
              << ": no finding\n";
         if (!mOptions.quiet) printColumns(mOut, result, "  ");
+        if (getenv("ZD_DUMP_STEPS")) for (const Step& st : result.steps) { mOut << "STEP " << formatStep(st); for (const Access& a : st.accesses) mOut << " [" << objectName(reinterpret_cast<const void*>(a.id)) << "]"; mOut << "\n"; }
         return 0;
     }
     return 1;
@@ -451,17 +593,27 @@ int BlockExplorer::replay() {
 
 int explore(const sim::Scenario& scenario, const std::vector<const sim::Step*>& blocks,
             const Options& options, std::ostream& out) {
-    if (options.replay) {
-        if (options.replayBlock < 1 || options.replayBlock > blocks.size()) {
-            out << "zdgnss-sim explore: the scenario has no block " << options.replayBlock << "\n";
-            return sim::kExitBadScenario;
-        }
-        const size_t ordinal = options.replayBlock - 1;
-        return BlockExplorer(scenario, *blocks[ordinal], ordinal, options, out).replay();
+    const size_t named =
+        std::max(options.replayBlock,
+                 options.blockSearch.empty() ? size_t{1} : options.blockSearch.rbegin()->first);
+    if (named > blocks.size()) {
+        out << "zdgnss-sim explore: the scenario has no block " << named << "\n";
+        return sim::kExitBadScenario;
     }
+    if (options.replay) {
+        const size_t ordinal = options.replayBlock - 1;
+        return BlockExplorer(scenario, *blocks[ordinal], ordinal, options, 0, out).replay();
+    }
+    // Each block's share of the budget is what is left of it over the blocks left, so that
+    // the time a quick block leaves goes to the ones after it.
+    double left = options.budget > 0 ? options.budget : HUGE_VAL;
     int code = 0;
     for (size_t i = 0; i < blocks.size(); ++i) {
-        code = std::max(code, BlockExplorer(scenario, *blocks[i], i, options, out).explore());
+        const Time::time_point started = Time::now();
+        const double share = std::max(0.0, left) / static_cast<double>(blocks.size() - i);
+        code =
+            std::max(code, BlockExplorer(scenario, *blocks[i], i, options, share, out).explore());
+        left -= std::chrono::duration<double>(Time::now() - started).count();
     }
     return code;
 }

@@ -1,11 +1,14 @@
 // `zdgnss-sim explore`: every concurrent block of a scenario under the deterministic
 // scheduler. Each block's serial orders are run first and their outcomes kept; then
-// schedules are explored, depth first within a preemption bound or by PCT, each run in a
-// fresh process. A crash, a deadlock, a run past the step bound, a hang, or an outcome
-// that no serial order gives is a finding, printed with its schedule and transcript.
+// schedules are explored, each run in a fresh process: by default one run for every class
+// of orders that differ only in steps that commute (partial-order reduction), or within a
+// preemption bound, or by PCT. A crash, a deadlock, a run past the step bound, a hang, or an
+// outcome that no serial order gives is a finding, printed with its schedule and transcript.
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -14,20 +17,38 @@
 
 namespace explore {
 
+// How one block is searched; given for every block, or for one after `--block N`.
+struct Search {
+    std::optional<int> bound;  // preemptions per run (depth-first); none: every order, reduced
+    size_t maxRuns = 5000;     // runs per block, serial orders included
+    size_t pctRuns = 0;        // > 0: PCT runs instead
+};
+
+// The bound a search falls back to when it does not finish in its share of the budget, and
+// the one --compare-dfs searches within.
+constexpr int kFallbackBound = 2;
+
 struct Options {
     bool check = false;        // exit 1 on a finding the block does not declare
     bool quiet = false;        // print summaries and findings only
     bool eachRun = false;      // also print every run's schedule
-    int bound = 2;             // preemptions per run in the depth-first search
-    size_t maxRuns = 5000;     // runs per block in the depth-first search
+    bool compareDfs = false;   // also run plain depth-first search at kFallbackBound and
+                               // hold it against the block's search
+    double budget = 0;         // seconds for the whole file; 0: no limit
     size_t stepBound = 20000;  // scheduling points per run
-    size_t pctRuns = 0;        // > 0: PCT runs instead of the depth-first search
+    Search search;             // for every block
+    std::map<size_t, Search> blockSearch;  // for block N (from 1), instead
     uint64_t seed = 1;
     int depth = 3;        // PCT's bug depth
     bool replay = false;  // one run of `schedule` on block `replayBlock`
     std::string schedule;
     size_t replayBlock = 1;  // from 1
     std::string file;
+
+    const Search& searchOf(size_t block) const {
+        auto it = blockSearch.find(block);
+        return it != blockSearch.end() ? it->second : search;
+    }
 };
 
 // Explores every block of the scenario (or replays one schedule) and prints the findings

@@ -30,6 +30,61 @@ bool GuidedPolicy::fitted(std::string* why) const {
     return false;
 }
 
+PlannedPolicy::PlannedPolicy() {
+    mChoices.reserve(kMostChoices);
+    mSleeping.reserve(kMostSleeping);
+}
+
+void PlannedPolicy::addChoice(size_t decision, int thread) {
+    mChoices.emplace_back(decision, thread);
+}
+
+void PlannedPolicy::addSleeping(int thread, const Access* accesses, size_t count) {
+    Sleeper sleeper;
+    sleeper.thread = thread;
+    if (count > kMostAccesses) {
+        sleeper.count = 1;
+        sleeper.accesses[0] = Access{};  // unnamed: depends on every step
+    } else {
+        sleeper.count = count;
+        std::copy(accesses, accesses + count, sleeper.accesses.begin());
+    }
+    mSleeping.push_back(sleeper);
+}
+
+int PlannedPolicy::choose(const Decision& decision) {
+    auto it = std::lower_bound(mChoices.begin(), mChoices.end(), std::make_pair(decision.index, 0));
+    if (it != mChoices.end() && it->first == decision.index) {
+        mAsleepNow = mAsleepNow || decision.index == mSleepAt;
+        return offers(decision, it->second) ? it->second : 0;
+    }
+    if (!mAsleepNow || !asleep(decision.fallback)) return decision.fallback;
+    const Candidate* awake = nullptr;
+    for (const Candidate& c : decision.candidates) {
+        if (asleep(c.thread)) continue;
+        if (awake == nullptr || (awake->early && !c.early)) awake = &c;
+    }
+    return awake != nullptr ? awake->thread : kRedundant;
+}
+
+void PlannedPolicy::stepped(const Step& step) {
+    if (!mAsleepNow) return;
+    auto wakes = [&](const Sleeper& sleeper) {
+        for (size_t i = 0; i < sleeper.count; ++i) {
+            for (const Access& a : step.accesses) {
+                if (dependent(sleeper.accesses[i], a)) return true;
+            }
+        }
+        return false;
+    };
+    mSleeping.erase(std::remove_if(mSleeping.begin(), mSleeping.end(), wakes), mSleeping.end());
+}
+
+bool PlannedPolicy::asleep(int thread) const {
+    return std::any_of(mSleeping.begin(), mSleeping.end(),
+                       [thread](const Sleeper& sleeper) { return sleeper.thread == thread; });
+}
+
 int SerialPolicy::choose(const Decision& decision) {
     // An operation under way runs on to its end: the thread that reached this point, or
     // failing that any thread in the middle of one.

@@ -2,6 +2,7 @@
 // pick, what each choice costs in preemptions, and the policies that pick.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -9,6 +10,8 @@
 #include <random>
 #include <string>
 #include <vector>
+
+#include "steps.h"
 
 namespace explore {
 
@@ -39,13 +42,21 @@ struct Decision {
 
 class Policy {
   public:
+    // What choose() answers when every thread that could run is asleep: the rest of the
+    // run would only repeat orders explored already.
+    static constexpr int kRedundant = -1;
+
     virtual ~Policy() = default;
     // One of the candidates' threads; 0 when the policy cannot follow this run (a replayed
-    // schedule that does not fit it).
+    // schedule that does not fit it), or kRedundant.
     virtual int choose(const Decision& decision) = 0;
     // After the run: whether the run took every choice the policy was told to make; else
     // *why. Only a replayed schedule can fail to fit.
     virtual bool fitted(std::string* /*why*/) const { return true; }
+    // Told of every step of the run as it ends.
+    virtual void stepped(const Step& /*step*/) {}
+    // Whether the run may stop where `thread` is the only one that can run.
+    virtual bool redundant(int /*thread*/) { return false; }
 };
 
 // The default policy, but for the decisions a schedule names: the schedule string of a run.
@@ -58,6 +69,45 @@ class GuidedPolicy : public Policy {
   private:
     std::map<size_t, int> mDeviations;
     size_t mReached = 0;  // decisions reached
+};
+
+// A run a search planned: the choices it names, up to decision `sleepAt`; from there the
+// default policy, but for the sleeping threads: each one's next step was explored from
+// that state already, and it sleeps until a step it does not commute with. A run where
+// only sleeping threads could run is redundant.
+//
+// The plan is kept in storage of a fixed size, made at once: what a run allocates must not
+// depend on its plan, so that the objects it makes have the same addresses as in every
+// other run that takes the same steps, and steps of different runs can be compared.
+class PlannedPolicy : public Policy {
+  public:
+    static constexpr size_t kMostChoices = 1 << 15;
+    static constexpr size_t kMostSleeping = 64;
+    static constexpr size_t kMostAccesses = 32;
+
+    PlannedPolicy();
+    void setSleepAt(size_t decision) { mSleepAt = decision; }
+    // Choices come in increasing order of decision.
+    void addChoice(size_t decision, int thread);
+    // A step that touches more than kMostAccesses objects is kept as one that touches
+    // everything.
+    void addSleeping(int thread, const Access* accesses, size_t count);
+
+    int choose(const Decision& decision) override;
+    void stepped(const Step& step) override;
+    bool redundant(int thread) override { return mAsleepNow && asleep(thread); }
+
+  private:
+    struct Sleeper {
+        int thread = 0;
+        size_t count = 0;
+        std::array<Access, kMostAccesses> accesses;
+    };
+    bool asleep(int thread) const;
+    std::vector<std::pair<size_t, int>> mChoices;
+    size_t mSleepAt = SIZE_MAX;
+    std::vector<Sleeper> mSleeping;
+    bool mAsleepNow = false;  // the run has reached decision `sleepAt`
 };
 
 // One serial order of a block's operations: an operation, once begun, runs whole (pauses

@@ -50,9 +50,14 @@ class Reader {
             case 'O':
                 operationBegan(rest);
                 break;
-            case 'S':
+            case 'C':
                 serialChoice(rest);
                 break;
+            case 'S': {
+                Step step;
+                if (parseStep(rest, &step)) mResult->steps.push_back(step);
+                break;
+            }
             case 'L':
                 mResult->locksAcrossCalls.push_back(rest);
                 break;

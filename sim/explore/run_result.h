@@ -39,7 +39,8 @@ struct RunResult {
     std::vector<TraceLine> trace;               // from the block on, in the order emitted
     std::vector<std::string> afterLines;        // the lines after the block
     std::vector<std::string> locksAcrossCalls;  // L: a library mutex held across a remote call
-    std::vector<SerialPolicy::Choice> serialChoices;  // S: a serial run's choices
+    std::vector<SerialPolicy::Choice> serialChoices;  // C: a serial run's choices
+    std::vector<Step> steps;                          // the explored block's, in the order they ran
     bool clean = false;                               // the run ended with its X
     std::string stopKind;                             // F: deadlock, step-bound, diverged, error
     std::string stopDetail;

@@ -12,6 +12,29 @@ namespace {
 
 thread_local void* tSelf = nullptr;
 
+using zdhost::schedule::Point;
+using ScheduleAccess = zdhost::schedule::Access;
+
+Access objectAccess(const void* object, ScheduleAccess access) {
+    Access a;
+    a.id = reinterpret_cast<uintptr_t>(object);
+    a.mode = access == ScheduleAccess::kRead ? Access::Mode::kRead : Access::Mode::kWrite;
+    return a;
+}
+
+// Adds `a` to a step's accesses, once per object: a write covers a read and an order.
+void addAccess(std::vector<Access>& accesses, const Access& a) {
+    for (Access& known : accesses) {
+        if (known.kind != a.kind || known.id != a.id) continue;
+        if (known.mode == a.mode || known.mode == Access::Mode::kWrite) return;
+        if (a.mode == Access::Mode::kWrite) {
+            known.mode = Access::Mode::kWrite;
+            return;
+        }
+    }
+    accesses.push_back(a);
+}
+
 std::string hex(uintptr_t value) {
     char text[32];
     snprintf(text, sizeof(text), "0x%zx", static_cast<size_t>(value));
@@ -83,18 +106,29 @@ void Scheduler::body(Thread* self) {
     reschedule(self);
 }
 
+// A new thread's number is the next free one, so starting threads is ordered; the new
+// thread's first step comes after the step that started it. Its work is an operation of its
+// own: the N-th delivery the operation that started it set off.
 void Scheduler::spawn(std::function<void()> work) {
     Thread* me = static_cast<Thread*>(tSelf);
     const std::string key = me->operation + "/" + std::to_string(++mSpawns[me->operation]);
-    start(me->branch, std::move(work), {key, 0, "delivery"});
+    Thread* started = start(me->branch, std::move(work), {key, 0, "delivery"});
+    const Access begins{Access::Kind::kStart, Access::Mode::kOrder,
+                        static_cast<uint64_t>(started->id)};
+    addAccess(mStep.accesses, {Access::Kind::kThreads, Access::Mode::kWrite, 0});
+    addAccess(mStep.accesses, begins);
+    started->next = {begins};
 }
 
+// Beginning an operation touches nothing by itself; it is a point so that another
+// operation may run between two commands of a branch.
 void Scheduler::beginOperation(const std::string& key, const std::string& label) {
     Thread* me = static_cast<Thread*>(tSelf);
     if (me->operation == key) return;  // the thread's first operation began with the thread
     me->operation = key;
     me->label = label;
     me->atOperationStart = true;
+    me->next.clear();
     reschedule(me);
     began(me);
 }
@@ -109,9 +143,11 @@ std::string Scheduler::currentOperation() {
     return me == nullptr ? std::string() : me->operation;
 }
 
-void Scheduler::point(zdhost::schedule::Point kind, const void*) {
+void Scheduler::point(Point kind, const void* object, ScheduleAccess access) {
     Thread* me = static_cast<Thread*>(tSelf);
-    if (kind == zdhost::schedule::Point::kCall) noteRemoteCall(me);
+    if (kind == Point::kCall) noteRemoteCall(me);
+    me->next.clear();
+    if (access != ScheduleAccess::kNothing) me->next.push_back(objectAccess(object, access));
     reschedule(me);
 }
 
@@ -126,19 +162,24 @@ void Scheduler::noteRemoteCall(const Thread* me) {
     }
 }
 
+void Scheduler::touch(const void* object, ScheduleAccess access) {
+    if (access != ScheduleAccess::kNothing) addAccess(mStep.accesses, objectAccess(object, access));
+}
+
+// A thread standing at the acquire of a held mutex cannot run: it is not offered until
+// the mutex is let go, and then taking it is its next step.
 void Scheduler::acquire(const void* mutex) {
     Thread* me = static_cast<Thread*>(tSelf);
+    me->waitsFor = mutex;
+    me->next = {objectAccess(mutex, ScheduleAccess::kWrite)};
     reschedule(me);
-    while (mOwners.count(mutex) != 0) {
-        me->state = State::kBlocked;
-        me->waitsFor = mutex;
-        reschedule(me);
-    }
+    me->waitsFor = nullptr;
     mOwners[mutex] = me;
 }
 
 bool Scheduler::tryAcquire(const void* mutex) {
     Thread* me = static_cast<Thread*>(tSelf);
+    me->next = {objectAccess(mutex, ScheduleAccess::kWrite)};
     reschedule(me);
     if (mOwners.count(mutex) != 0) return false;
     mOwners[mutex] = me;
@@ -147,26 +188,30 @@ bool Scheduler::tryAcquire(const void* mutex) {
 
 void Scheduler::release(const void* mutex) {
     mOwners.erase(mutex);
-    for (auto& thread : mThreads) {
-        if (thread->state == State::kBlocked && thread->waitsFor == mutex) {
-            thread->state = State::kEnabled;
-            thread->waitsFor = nullptr;
-        }
-    }
+    addAccess(mStep.accesses,
+              {Access::Kind::kObject, Access::Mode::kOrder, reinterpret_cast<uintptr_t>(mutex)});
 }
 
 void Scheduler::pause(useconds_t micros) {
     Thread* me = static_cast<Thread*>(tSelf);
     me->state = State::kPaused;
     me->wakeAt = mNow + micros;
+    me->next.clear();  // waking touches nothing by itself
     reschedule(me);
 }
 
+bool Scheduler::canRun(const Thread& thread) const {
+    return thread.state == State::kEnabled &&
+           (thread.waitsFor == nullptr || mOwners.count(thread.waitsFor) == 0);
+}
+
+// Every paused thread is offered: the one due first costs nothing once no other thread
+// can run; waking any other early costs a preemption.
 std::vector<Candidate> Scheduler::candidates(const Thread* me) const {
-    const bool meCanGoOn = me != nullptr && me->state == State::kEnabled;
+    const bool meCanGoOn = me != nullptr && canRun(*me);
     std::vector<Candidate> enabled;
     for (const auto& t : mThreads) {
-        if (t->state != State::kEnabled) continue;
+        if (!canRun(*t)) continue;
         enabled.push_back({t->id, t->branch, meCanGoOn && t.get() != me ? 1 : 0, false,
                            t->operation, t->atOperationStart});
     }
@@ -177,11 +222,8 @@ std::vector<Candidate> Scheduler::candidates(const Thread* me) const {
     std::vector<Candidate> all = enabled;
     for (const auto& t : mThreads) {
         if (t->state != State::kPaused) continue;
-        if (!enabled.empty()) {
-            all.push_back({t->id, t->branch, 1, true, t->operation, false});
-        } else if (t->wakeAt == earliest) {
-            all.push_back({t->id, t->branch, 0, false, t->operation, false});
-        }
+        const bool due = enabled.empty() && t->wakeAt == earliest;
+        all.push_back({t->id, t->branch, due ? 0 : 1, !due, t->operation, false});
     }
     std::sort(all.begin(), all.end(),
               [](const Candidate& a, const Candidate& b) { return a.thread < b.thread; });
@@ -189,17 +231,18 @@ std::vector<Candidate> Scheduler::candidates(const Thread* me) const {
 }
 
 int Scheduler::fallback(const Thread* me, const std::vector<Candidate>& candidates) const {
-    if (me != nullptr && me->state == State::kEnabled) return me->id;
+    if (me != nullptr && canRun(*me)) return me->id;
     for (const Candidate& c : candidates) {
         if (!c.early) return c.thread;
     }
     return candidates.front().thread;
 }
 
-Scheduler::Thread* Scheduler::pick(Thread* me) {
+Scheduler::Thread* Scheduler::pick(Thread* me, long* decided) {
     std::vector<Candidate> offered = candidates(me);
     if (offered.empty()) return nullptr;
     int chosen = offered.front().thread;
+    *decided = -1;
     if (offered.size() > 1) {
         Decision decision;
         decision.index = mDecisions++;
@@ -211,7 +254,11 @@ Scheduler::Thread* Scheduler::pick(Thread* me) {
             mEvents.stopped(Stop::kDiverged, "the schedule does not fit this run at decision " +
                                                  std::to_string(decision.index));
         }
+        if (chosen == Policy::kRedundant) mEvents.stopped(Stop::kRedundant, "");
         if (mEvents.decided) mEvents.decided(decision, chosen);
+        *decided = static_cast<long>(decision.index);
+    } else if (mPolicy.redundant(chosen)) {
+        mEvents.stopped(Stop::kRedundant, "");
     }
     Thread* next = mThreads[chosen - 1].get();
     if (next->state == State::kPaused) {
@@ -230,7 +277,9 @@ void Scheduler::reschedule(Thread* me) {
         mEvents.stopped(Stop::kStepBound,
                         "the run passed " + std::to_string(mStepBound) + " scheduling points");
     }
-    Thread* next = pick(me);
+    endStep();
+    long decision = -1;
+    Thread* next = pick(me, &decision);
     if (next == nullptr) {
         const bool unfinished = std::any_of(mThreads.begin(), mThreads.end(), [](const auto& t) {
             return t->state != State::kFinished;
@@ -239,7 +288,23 @@ void Scheduler::reschedule(Thread* me) {
         sem_post(&mDone);
         return;
     }
+    beginStep(next, decision);
     handOver(me, next);
+}
+
+void Scheduler::endStep() {
+    if (!mStepOpen) return;
+    mStepOpen = false;
+    mPolicy.stepped(mStep);
+    if (mEvents.stepped) mEvents.stepped(mStep);
+}
+
+void Scheduler::beginStep(Thread* next, long decision) {
+    mStep.thread = next->id;
+    mStep.decision = decision;
+    mStep.accesses.swap(next->next);
+    next->next.clear();
+    mStepOpen = true;
 }
 
 void Scheduler::handOver(Thread* me, Thread* next) {
@@ -251,7 +316,7 @@ void Scheduler::handOver(Thread* me, Thread* next) {
 std::string Scheduler::waitsDescription() const {
     std::string text;
     for (const auto& t : mThreads) {
-        if (t->state != State::kBlocked) continue;
+        if (t->state != State::kEnabled || t->waitsFor == nullptr || canRun(*t)) continue;
         auto owner = mOwners.find(t->waitsFor);
         if (!text.empty()) text += "; ";
         text += "thread " + std::to_string(t->id) + " (branch " + std::to_string(t->branch) +

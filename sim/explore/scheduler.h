@@ -2,6 +2,8 @@
 // OS threads, handing a baton from thread to thread at the scheduling points, and models
 // the library's mutexes and pauses so that a thread waiting for a held mutex, or paused,
 // is not picked while others can run. Virtual time advances only when nothing else can.
+// It also keeps, for every step a thread takes, what the step touched: the operation at
+// the point the thread stood at when chosen, and what it reached on its way to the next.
 #pragma once
 
 #include <semaphore.h>
@@ -15,17 +17,20 @@
 #include <vector>
 
 #include "policy.h"
+#include "steps.h"
 
 namespace explore {
 
-// What ends a run early: a deadlock, a run longer than the step bound, or a schedule that
-// the run does not fit. The scheduler reports it and the run's process ends.
-enum class Stop { kDeadlock, kStepBound, kDiverged };
+// What ends a run early: a deadlock, a run longer than the step bound, a schedule that
+// the run does not fit, or a policy that finds the rest of the run explored already. The
+// scheduler reports it and the run's process ends.
+enum class Stop { kDeadlock, kStepBound, kDiverged, kRedundant };
 
 class Scheduler : public zdhost::schedule::Controller {
   public:
     struct Events {
         std::function<void(const Decision&, int chosen)> decided;      // may be empty
+        std::function<void(const Step&)> stepped;                      // may be empty
         std::function<void(Stop, const std::string& detail)> stopped;  // must not return
         // An operation began on `thread`: a command of a branch, or a delivery that a world
         // event set off on a thread of its own. May be empty.
@@ -47,7 +52,9 @@ class Scheduler : public zdhost::schedule::Controller {
     // returns once every controlled thread, the ones they start included, has finished.
     void run(const std::vector<Branch>& branches);
 
-    void point(zdhost::schedule::Point kind, const void* object) override;
+    void point(zdhost::schedule::Point kind, const void* object,
+               zdhost::schedule::Access access) override;
+    void touch(const void* object, zdhost::schedule::Access access) override;
     void acquire(const void* mutex) override;
     bool tryAcquire(const void* mutex) override;
     void release(const void* mutex) override;
@@ -63,12 +70,13 @@ class Scheduler : public zdhost::schedule::Controller {
     static std::string currentOperation();
 
   private:
-    enum class State { kEnabled, kBlocked, kPaused, kFinished };
+    enum class State { kEnabled, kPaused, kFinished };
     struct Thread {
         int id = 0;
         int branch = 0;
         State state = State::kEnabled;
-        const void* waitsFor = nullptr;
+        const void* waitsFor = nullptr;  // the mutex it stands to acquire; runs once it is free
+        std::vector<Access> next;        // what its next step begins with
         uint64_t wakeAt = 0;
         std::string operation;  // the key of the operation it runs or is about to begin
         std::string label;
@@ -85,9 +93,14 @@ class Scheduler : public zdhost::schedule::Controller {
     // The running thread `me` (null when the run starts) is at a point: picks who runs
     // next and hands over the baton; returns when `me` runs again.
     void reschedule(Thread* me);
+    bool canRun(const Thread& thread) const;
     std::vector<Candidate> candidates(const Thread* me) const;
     int fallback(const Thread* me, const std::vector<Candidate>& candidates) const;
-    Thread* pick(Thread* me);
+    // `*decision` is the index of the decision taken, -1 when only one thread could run.
+    Thread* pick(Thread* me, long* decision);
+    // The running thread's step ends; `next` begins one.
+    void endStep();
+    void beginStep(Thread* next, long decision);
     void handOver(Thread* me, Thread* next);
     std::string waitsDescription() const;
     void noteRemoteCall(const Thread* me);
@@ -101,6 +114,8 @@ class Scheduler : public zdhost::schedule::Controller {
     uint64_t mNow = 0;
     size_t mSteps = 0;
     size_t mDecisions = 0;
+    Step mStep;  // the running thread's step so far
+    bool mStepOpen = false;
     sem_t mDone;
 };
 

@@ -30,6 +30,11 @@ auto keptCallback(Extensions& extensions, const char* feature)
 
 }  // namespace
 
+std::unique_lock<std::mutex> FakeFusd::hold() {
+    zdhost::schedule::touch(&mLock, zdhost::schedule::Access::kWrite);
+    return std::unique_lock<std::mutex>(mLock);
+}
+
 FakeFusd::FakeFusd() {
     mParty.declare("IFusdLbs", RecordingIFusdLbs_V1_3::operations());
     mParty.declare("IFusdGnssInterface", RecordingIFusdGnssInterface_V1_2::operations());
@@ -39,7 +44,7 @@ FakeFusd::FakeFusd() {
 }
 
 void FakeFusd::reset() {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = hold();
     mProcess = nullptr;
     mLbs = nullptr;
     mLookupsUntilRegister = 0;
@@ -100,7 +105,7 @@ sp<FakeFusd::Lbs> FakeFusd::newDaemon(const sp<ServiceProcess>& process) {
 void FakeFusd::registerDaemon() {
     sp<Lbs> lbs;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         if (mLbs == nullptr) {
             mProcess = new ServiceProcess();
             mLbs = newDaemon(mProcess);
@@ -114,7 +119,7 @@ bool FakeFusd::kill(bool promotableWho, std::string* error) {
     sp<ServiceProcess> process;
     sp<Lbs> lbs;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         process = mProcess;
         lbs = mLbs;
         mProcess = nullptr;
@@ -141,7 +146,7 @@ bool FakeFusd::registerAtLookup(const std::vector<Token>& args, WorldAction* act
         return false;
     }
     *action = [this, count](std::string*) {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         mLookupsUntilRegister = count;
         return true;
     };
@@ -151,7 +156,7 @@ bool FakeFusd::registerAtLookup(const std::vector<Token>& args, WorldAction* act
 void FakeFusd::beforeLookup(const std::string& fqName) {
     if (!isLbsLookup(fqName)) return;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         if (mLookupsUntilRegister == 0 || --mLookupsUntilRegister > 0) return;
     }
     registerDaemon();
@@ -166,7 +171,7 @@ bool FakeFusd::call(const std::vector<Token>& words, bool nested, WorldAction* a
         return true;
     }
     *action = [this, daemonCall](std::string*) {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         mNested.push_back(daemonCall);
         return true;
     };
@@ -197,7 +202,7 @@ bool FakeFusd::deliver(const DaemonCall& call, std::string* error) {
 }
 
 sp<FakeFusd::Lbs> FakeFusd::running() {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = hold();
     return mLbs;
 }
 
@@ -219,7 +224,7 @@ void FakeFusd::setFeedListener(FeedListener* listener) {
 void FakeFusd::runNested(const sp<GnssCallback>& gnss, const sp<GeofenceCallback>& geofence) {
     std::vector<DaemonCall> due;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         std::vector<DaemonCall> waiting;
         for (DaemonCall& call : mNested) {
             bool now = (gnss != nullptr && call.toGnss) || (geofence != nullptr && call.toGeofence);

@@ -64,6 +64,12 @@ class FakeFusd {
     void runNested(const android::sp<GnssCallback>& gnss,
                    const android::sp<GeofenceCallback>& geofence);
 
+    // Holds the fake's lock over its own state (slots, process, kept callbacks), which the
+    // explorer tells apart from its party's knobs: a callback kept by one call does not
+    // depend on a knob another call reads. The lock's address names that state: the
+    // fake's own address may be its party's.
+    std::unique_lock<std::mutex> hold();
+
     Party mParty{"fusd"};
     std::mutex mLock;
     android::sp<zdhost::ServiceProcess> mProcess;  // the running daemon, if any

@@ -15,6 +15,7 @@ sp<IBase> Extensions::fetch(const std::string& op) {
     for (const Getter& getter : mGetters) {
         if (getter.op != op) continue;
         if (!mParty.provides(getter.feature)) return nullptr;
+        zdhost::schedule::touch(this, zdhost::schedule::Access::kWrite);
         std::lock_guard<std::mutex> lock(mLock);
         sp<IBase>& object = mMade[getter.feature];
         if (object == nullptr) object = getter.make();
@@ -24,6 +25,7 @@ sp<IBase> Extensions::fetch(const std::string& op) {
 }
 
 sp<IBase> Extensions::made(const std::string& feature) const {
+    zdhost::schedule::touch(this, zdhost::schedule::Access::kRead);
     std::lock_guard<std::mutex> lock(mLock);
     auto it = mMade.find(feature);
     return it == mMade.end() ? nullptr : it->second;

@@ -6,6 +6,7 @@
 #include <hidl/Status.h>
 #include <utils/RefBase.h>
 #include <zdhost/runtime.h>
+#include <zdhost/schedule.h>
 
 #include <functional>
 #include <map>
@@ -44,6 +45,7 @@ class CallbackKeeper : public Stub {
         android::hardware::Return<void> result = Stub::setCallback(callback);
         if (!result.isOkUnchecked()) return result;
         {
+            zdhost::schedule::touch(this, zdhost::schedule::Access::kWrite);
             std::lock_guard<std::mutex> lock(mLock);
             mCallback = callback;
         }
@@ -52,6 +54,7 @@ class CallbackKeeper : public Stub {
     }
 
     android::sp<Callback> callback() const {
+        zdhost::schedule::touch(this, zdhost::schedule::Access::kRead);
         std::lock_guard<std::mutex> lock(mLock);
         return mCallback;
     }

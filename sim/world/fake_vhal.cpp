@@ -16,6 +16,11 @@ const char kInstance[] = "default";
 const char* const kGnssNames[] = {"IZDGnss1.0", "IZDGnss2.0"};
 }  // namespace
 
+std::unique_lock<std::mutex> FakeVhal::hold() {
+    zdhost::schedule::touch(&mLock, zdhost::schedule::Access::kWrite);
+    return std::unique_lock<std::mutex>(mLock);
+}
+
 FakeVhal::FakeVhal() {
     mParty.declare("IZDGnss1.0", RecordingIZDGnss_V1_0::operations());
     mParty.declare("IZDGnss2.0", RecordingIZDGnss_V2_0::operations());
@@ -33,7 +38,7 @@ FakeVhal::FakeVhal() {
 
 void FakeVhal::reset() {
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         mProcess = new ServiceProcess();
         mGnss10 = nullptr;
         mGnss20 = nullptr;
@@ -98,7 +103,7 @@ Extensions::Getter FakeVhal::suplFqdnGetter() {
     sp<ServiceProcess> process = mProcess;
     return {"getExtensionZdSuplFqdn", "suplFqdn", [this, process]() -> sp<IBase> {
                 SuplFqdn::Listener listener = [this](const sp<SuplCallback>& callback) {
-                    std::lock_guard<std::mutex> lock(mLock);
+                    const auto lock = hold();
                     mSuplCallback = callback;
                 };
                 return makeFake<SuplFqdn>(mParty, process, "IZDAGpsSuplFqdn", listener);
@@ -128,7 +133,7 @@ sp<IBase> FakeVhal::newHal(const std::string& version) {
 void FakeVhal::registerHal(const std::string& version) {
     sp<IBase> service;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         sp<IBase>* slot = slotOf(version);
         if (*slot == nullptr) *slot = newHal(version);
         service = *slot;
@@ -139,7 +144,7 @@ void FakeVhal::registerHal(const std::string& version) {
 bool FakeVhal::unregisterHal(const std::string& version, std::string* error) {
     sp<IBase> service;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         sp<IBase>* slot = slotOf(version);
         service = *slot;
         *slot = nullptr;
@@ -176,7 +181,7 @@ bool FakeVhal::hidlVersion(const std::vector<Token>& args, WorldAction* action,
 bool FakeVhal::requestSuplDns(const std::string& name, std::string* error) {
     sp<SuplCallback> callback;
     {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = hold();
         callback = mSuplCallback;
     }
     if (callback == nullptr) {

@@ -47,6 +47,12 @@ class FakeVhal {
     template <typename Stub>
     Extensions::Getter getter(const char* op, const char* feature, const char* name);
 
+    // Holds the fake's lock over its own state (slots, process, kept callbacks), which the
+    // explorer tells apart from its party's knobs: a callback kept by one call does not
+    // depend on a knob another call reads. The lock's address names that state: the
+    // fake's own address may be its party's.
+    std::unique_lock<std::mutex> hold();
+
     Party mParty{"vhal"};
     std::mutex mLock;
     android::sp<zdhost::ServiceProcess> mProcess;  // the HAL's process; it does not die

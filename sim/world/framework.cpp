@@ -15,6 +15,13 @@ using android::hardware::hidl_string;
 
 namespace {
 
+// The plain C callbacks below are calls the framework receives, in order, as the recorded
+// objects' are: each is a point that writes its operation.
+void reachFramework(const char* operation) {
+    zdhost::schedule::reach(zdhost::schedule::Point::kCall, zdhost::schedule::receiver(operation),
+                            zdhost::schedule::Access::kWrite);
+}
+
 // An int32_t array as the fence client received it: [a b c], or null.
 std::string fmtArray(const int32_t* values, uint32_t count) {
     if (values == nullptr) return "null";
@@ -26,18 +33,18 @@ std::string fmtArray(const int32_t* values, uint32_t count) {
 // The fence client and the SUPL DNS hooks are plain functions of the framework: a call
 // into them leaves the library as a remote call does, and is a scheduling point as one.
 void corvaneGeofenceAddResult(int32_t* geofenceIds, int32_t* results, uint32_t count) {
-    zdhost::schedule::reach(zdhost::schedule::Point::kCall);
+    reachFramework("fw corvaneCb.geofenceAddResult");
     Transcript::get().emit("fw corvaneCb.geofenceAddResult(" + fmtArray(geofenceIds, count) + ", " +
                            fmtArray(results, count) + ", " + fmt(count) + ")");
 }
 
 void hookA(const hidl_string& fqdn) {
-    zdhost::schedule::reach(zdhost::schedule::Point::kCall);
+    reachFramework("fw fdCallback.hookA");
     Transcript::get().emit("fw fdCallback.hookA(" + fmt(fqdn) + ")");
 }
 
 void hookB(const hidl_string& fqdn) {
-    zdhost::schedule::reach(zdhost::schedule::Point::kCall);
+    reachFramework("fw fdCallback.hookB");
     Transcript::get().emit("fw fdCallback.hookB(" + fmt(fqdn) + ")");
 }
 

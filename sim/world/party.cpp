@@ -2,23 +2,30 @@
 
 namespace sim {
 
+using zdhost::schedule::Access;
+
+std::unique_lock<std::mutex> Party::use(Access access) const {
+    zdhost::schedule::touch(this, access);
+    return std::unique_lock<std::mutex>(mLock);
+}
+
 void Party::declare(const std::string& iface, const std::vector<Operation>& operations) {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     mInterfaces[iface] = operations;
 }
 
 void Party::declareFeature(const std::string& feature) {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     mFeatures.insert(feature);
 }
 
 void Party::declareGetter(const std::string& key, const std::string& feature) {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     mGetters[key] = feature;
 }
 
 std::string Party::featureOf(const std::string& key) const {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kRead);
     auto it = mGetters.find(key);
     return it == mGetters.end() ? std::string() : it->second;
 }
@@ -44,7 +51,7 @@ bool Party::failCommand(const std::vector<Token>& args, WorldAction* action, std
     Operation op;
     if (!find(args[1].text, &op, error)) return false;
     *action = [this, key = args[1].text, once](std::string*) {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = use(Access::kWrite);
         mFailures[key] = once;
         return true;
     };
@@ -59,7 +66,7 @@ bool Party::healCommand(const std::vector<Token>& args, WorldAction* action, std
     Operation op;
     if (!find(args[1].text, &op, error)) return false;
     *action = [this, key = args[1].text](std::string*) {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = use(Access::kWrite);
         mFailures.erase(key);
         return true;
     };
@@ -108,7 +115,7 @@ bool Party::provideCommand(const std::vector<Token>& args, WorldAction* action,
         return false;
     }
     *action = [this, feature = args[1].text, provide = args[2].text == "yes"](std::string*) {
-        std::lock_guard<std::mutex> lock(mLock);
+        const auto lock = use(Access::kWrite);
         if (provide) {
             mWithheld.erase(feature);
         } else {
@@ -123,7 +130,7 @@ bool Party::find(const std::string& key, Operation* found, std::string* error) c
     size_t dot = key.rfind('.');
     std::string iface = dot == std::string::npos ? key : key.substr(0, dot);
     std::string name = dot == std::string::npos ? std::string() : key.substr(dot + 1);
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kRead);
     auto it = mInterfaces.find(iface);
     if (it == mInterfaces.end()) {
         *error = mPrefix + " has no interface '" + iface + "'";
@@ -140,15 +147,18 @@ bool Party::find(const std::string& key, Operation* found, std::string* error) c
 }
 
 bool Party::takeFailure(const std::string& key) {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kRead);
     auto it = mFailures.find(key);
     if (it == mFailures.end()) return false;
-    if (it->second) mFailures.erase(it);
+    if (it->second) {  // a `once` failure is used up by this call
+        zdhost::schedule::touch(this, Access::kWrite);
+        mFailures.erase(it);
+    }
     return true;
 }
 
 bool Party::answerFor(const std::string& key, Token* value) const {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kRead);
     auto it = mAnswers.find(key);
     if (it == mAnswers.end()) return false;
     value->text = it->second;
@@ -156,27 +166,27 @@ bool Party::answerFor(const std::string& key, Token* value) const {
 }
 
 void Party::setAnswer(const std::string& key, const std::string& value) {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     mAnswers[key] = value;
 }
 
 std::map<std::string, std::vector<Operation>> Party::interfaces() const {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kRead);
     return mInterfaces;
 }
 
 std::set<std::string> Party::features() const {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kRead);
     return mFeatures;
 }
 
 bool Party::provides(const std::string& feature) const {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kRead);
     return mWithheld.count(feature) == 0;
 }
 
 void Party::reset() {
-    std::lock_guard<std::mutex> lock(mLock);
+    const auto lock = use(Access::kWrite);
     mFailures.clear();
     mAnswers.clear();
     mWithheld.clear();

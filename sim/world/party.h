@@ -3,6 +3,8 @@
 // Knobs hold until changed, across the deaths and restarts of the party's process.
 #pragma once
 
+#include <zdhost/schedule.h>
+
 #include <functional>
 #include <map>
 #include <mutex>
@@ -72,6 +74,8 @@ class Party {
     bool provideCommand(const std::vector<Token>& args, WorldAction* action, std::string* error);
     // The operation IFACE.OP names; false with *error set when there is none.
     bool find(const std::string& key, Operation* found, std::string* error) const;
+    // Holds the party's lock; a run under the explorer learns that its step uses the party.
+    std::unique_lock<std::mutex> use(zdhost::schedule::Access access) const;
 
     const std::string mPrefix;
     mutable std::mutex mLock;

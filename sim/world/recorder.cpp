@@ -22,17 +22,17 @@ void Recorder::emit(const std::string& call, bool failed) const {
 }
 
 bool Recorder::enter(const char* op, std::initializer_list<std::string> args) {
-    zdhost::schedule::reach(zdhost::schedule::Point::kCall);
+    reachCall(op);
     bool failed = mParty->takeFailure(key(op)) || processDead();
     emit(callText(op, std::vector<std::string>(args)), failed);
-    zdhost::schedule::reach(zdhost::schedule::Point::kReply);
+    reachReply();
     return !failed;
 }
 
 Return<bool> Recorder::linkToDeath(IBase* self, const sp<hidl_death_recipient>& recipient,
                                    uint64_t cookie) {
     const char* op = "linkToDeath";
-    zdhost::schedule::reach(zdhost::schedule::Point::kCall);
+    reachCall(op);
     std::string call = callText(op, {fmt(recipient), fmt(cookie)});
     if (mParty->takeFailure(key(op))) {
         emit(call, true);
@@ -46,7 +46,7 @@ Return<bool> Recorder::linkToDeath(IBase* self, const sp<hidl_death_recipient>& 
 
 Return<bool> Recorder::unlinkToDeath(const sp<hidl_death_recipient>& recipient) {
     const char* op = "unlinkToDeath";
-    zdhost::schedule::reach(zdhost::schedule::Point::kCall);
+    reachCall(op);
     std::string call = callText(op, {fmt(recipient)});
     if (mParty->takeFailure(key(op))) {
         emit(call, true);

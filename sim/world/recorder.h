@@ -36,10 +36,10 @@ class Recorder {
     // The same, formatting the arguments only when the transcript is kept.
     template <typename FormatArgs>
     bool enter(const char* op, const FormatArgs& formatArgs) {
-        zdhost::schedule::reach(zdhost::schedule::Point::kCall);
+        reachCall(op);
         const bool failed = mParty->takeFailure(key(op)) || processDead();
         if (Transcript::kept()) emit(callText(op, formatArgs()), failed);
-        zdhost::schedule::reach(zdhost::schedule::Point::kReply);
+        reachReply();
         return !failed;
     }
 
@@ -60,6 +60,18 @@ class Recorder {
         const android::sp<android::hardware::hidl_death_recipient>& recipient);
 
   private:
+    // A call is a point that writes the receiving operation; what the fake's state it
+    // reaches on its way (knobs, a kept callback, sub-objects made, its process's life) is
+    // touched where it is read or written. The reply touches nothing by itself.
+    void reachCall(const char* op) const {
+        zdhost::schedule::reach(zdhost::schedule::Point::kCall,
+                                zdhost::schedule::receiver(mParty->prefix() + " " + key(op)),
+                                zdhost::schedule::Access::kWrite);
+    }
+    static void reachReply() {
+        zdhost::schedule::reach(zdhost::schedule::Point::kReply, nullptr,
+                                zdhost::schedule::Access::kNothing);
+    }
     std::string key(const char* op) const { return mIface + "." + op; }
     bool processDead() const { return mProcess != nullptr && !mProcess->alive(); }
     void emit(const std::string& call, bool failed) const;

@@ -1,6 +1,7 @@
 #include "world.h"
 
 #include <zdhost/runtime.h>
+#include <zdhost/schedule.h>
 
 #include "fake_fusd.h"
 #include "fake_vhal.h"
@@ -36,9 +37,28 @@ void World::start() {
 
 bool World::prepare(const std::string& head, const std::vector<Token>& args, WorldAction* action,
                     std::string* error) {
-    if (head == "fusd") return mParts->fusd.prepare(args, action, error);
-    if (head == "vhal") return mParts->vhal.prepare(args, action, error);
-    if (head == "fw") return mParts->framework.prepare(args, action, error);
+    WorldAction run;
+    const Party* party = nullptr;
+    if (head == "fusd") {
+        party = &mParts->fusd.party();
+        if (!mParts->fusd.prepare(args, &run, error)) return false;
+    } else if (head == "vhal") {
+        party = &mParts->vhal.party();
+        if (!mParts->vhal.prepare(args, &run, error)) return false;
+    } else if (head == "fw") {
+        party = &mParts->framework.party();
+        if (!mParts->framework.prepare(args, &run, error)) return false;
+    }
+    if (party != nullptr) {
+        // A world command is a point of its own that changes its party: a death, a
+        // registration, a knob or a report reaches what the library's calls to it read.
+        *action = [party, run = std::move(run)](std::string* error) {
+            zdhost::schedule::reach(zdhost::schedule::Point::kWorld, party,
+                                    zdhost::schedule::Access::kWrite);
+            return run(error);
+        };
+        return true;
+    }
     *error = "unknown command: " + head;
     return false;
 }
