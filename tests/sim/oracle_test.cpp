@@ -135,7 +135,7 @@ TEST(GuidedPolicyTest, ASchedulePastTheRunsDecisionsDoesNotFit) {
     std::string why;
     EXPECT_FALSE(policy.fitted(&why));
     EXPECT_NE(why.find("decision 5"), std::string::npos) << why;
-    GuidedPolicy fits({{1, 2}});
+    GuidedPolicy fits(std::map<size_t, int>{{1, 2}});
     for (size_t i = 0; i < 2; ++i) {
         Decision d = decision(1, {candidate(1, 1, "1.1", false), candidate(2, 2, "2.1", true)});
         d.index = i;
