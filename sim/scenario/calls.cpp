@@ -7,6 +7,8 @@ namespace sim {
 
 namespace {
 
+thread_local bool tNested = false;
+
 const CallTable& table() {
     static const CallTable calls = [] {
         CallTable t;
@@ -41,6 +43,17 @@ bool prepareCall(const std::vector<Token>& args, std::function<void()>* call, st
         return false;
     }
     return true;
+}
+
+void runNestedCall(const std::function<void()>& call) {
+    const bool outer = tNested;
+    tNested = true;
+    call();
+    tNested = outer;
+}
+
+bool inNestedCall() {
+    return tNested;
 }
 
 std::vector<std::string> callableFunctions() {

@@ -39,6 +39,7 @@ class Recorder {
         zdhost::schedule::reach(zdhost::schedule::Point::kCall);
         const bool failed = mParty->takeFailure(key(op)) || processDead();
         if (Transcript::kept()) emit(callText(op, formatArgs()), failed);
+        if (!failed) mParty->runNested(key(op));
         zdhost::schedule::reach(zdhost::schedule::Point::kReply);
         return !failed;
     }
