@@ -57,6 +57,7 @@ class BlockExplorer {
 
     int explore();
     int replay();
+    BlockResult result(int code) const;
 
   private:
     RunRequest request(RunRequest::Mode mode) const;
@@ -449,6 +450,33 @@ int BlockExplorer::replay() {
 }
 
 }  // namespace
+
+BlockResult BlockExplorer::result(int code) const {
+    BlockResult r;
+    for (const Finding& f : mFindings) {
+        r.findings.push_back({f.kind, f.key, f.detail, f.run, f.schedule, declares(f.kind)});
+    }
+    for (const auto& [outcome, order] : mSerialOutcomes) r.serialOutcomes.push_back(outcome);
+    r.runs = mRuns;
+    r.complete = !mBroken && !mSerialCut && mExhausted && mOptions.pctRuns == 0;
+    r.broken = mBroken;
+    r.code = code;
+    return r;
+}
+
+BlockResult exploreBlock(const sim::Scenario& scenario, size_t ordinal, const Options& options,
+                         std::ostream& out) {
+    std::vector<const sim::Step*> blocks;
+    for (const sim::Step& step : scenario.steps) {
+        if (step.block != nullptr) blocks.push_back(&step);
+    }
+    BlockResult none;
+    none.broken = true;
+    if (ordinal >= blocks.size()) return none;
+    BlockExplorer explorer(scenario, *blocks[ordinal], ordinal, options, out);
+    const int code = explorer.explore();
+    return explorer.result(code);
+}
 
 int explore(const sim::Scenario& scenario, const std::vector<const sim::Step*>& blocks,
             const Options& options, std::ostream& out) {
