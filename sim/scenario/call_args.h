@@ -78,17 +78,17 @@ void addFeedCalls(CallTable& table);      // location-manager feed, satellite au
 void addHalCalls(CallTable& table);       // vendor HAL extension
 
 // Runs a library call on this (the provider) thread. Its result is formatted at once,
-// then the runtime's deliveries finish (unless the call is nested in one), then
+// then the runtime's deliveries finish (unless runWithoutWaiting() runs it), then
 // "ret VALUE" is the call's last line.
 template <typename F>
 void callAndReport(F&& call) {
     using Result = decltype(call());
     if constexpr (std::is_void<Result>::value) {
         call();
-        if (!inNestedCall()) zdhost::pool::drain();
+        if (callsWait()) zdhost::pool::drain();
     } else {
         const std::string value = fmt(call());
-        if (!inNestedCall()) zdhost::pool::drain();
+        if (callsWait()) zdhost::pool::drain();
         Transcript::get().emit("ret " + value);
     }
 }

@@ -7,7 +7,7 @@ namespace sim {
 
 namespace {
 
-thread_local bool tNested = false;
+thread_local bool tNoWaiting = false;
 
 const CallTable& table() {
     static const CallTable calls = [] {
@@ -45,15 +45,15 @@ bool prepareCall(const std::vector<Token>& args, std::function<void()>* call, st
     return true;
 }
 
-void runNestedCall(const std::function<void()>& call) {
-    const bool outer = tNested;
-    tNested = true;
-    call();
-    tNested = outer;
+void runWithoutWaiting(const std::function<void()>& calls) {
+    const bool outer = tNoWaiting;
+    tNoWaiting = true;
+    calls();
+    tNoWaiting = outer;
 }
 
-bool inNestedCall() {
-    return tNested;
+bool callsWait() {
+    return !tNoWaiting;
 }
 
 std::vector<std::string> callableFunctions() {

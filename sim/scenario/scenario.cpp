@@ -32,7 +32,7 @@ bool lendLibraryCalls() {
         [](const std::vector<Token>& words, WorldAction* action, std::string* error) {
             std::function<void()> call;
             if (!prepareCall(words, &call, error)) return false;
-            *action = alwaysSucceeds([call] { runNestedCall(call); });
+            *action = alwaysSucceeds([call] { runWithoutWaiting(call); });
             return true;
         });
     return true;
