@@ -38,10 +38,15 @@ std::string CoverageReport::selectionLine() const {
     if (!mSet.footprintsKnown) line += " (this build does not name the library's objects)";
     line += "; running " + std::to_string(mChosen.size()) + ": " + std::to_string(shared) +
             " sharing state and " + std::to_string(mChosen.size() - shared) + " of the rest";
-    if (mSelection.rotation > 1) {
-        line += " (share " + std::to_string(mSelection.day % mSelection.rotation) + " of " +
-                std::to_string(mSelection.rotation) + ", day " + std::to_string(mSelection.day) +
-                ")";
+    if (mSelection.rotation > 1 || mSelection.sharedRotation > 1) {
+        line += " (day " + std::to_string(mSelection.day) + ": share " +
+                std::to_string(mSelection.day % mSelection.rotation) + " of " +
+                std::to_string(mSelection.rotation) + " of the rest";
+        if (mSelection.sharedRotation > 1) {
+            line += ", share " + std::to_string(mSelection.day % mSelection.sharedRotation) +
+                    " of " + std::to_string(mSelection.sharedRotation) + " of those sharing state";
+        }
+        line += ")";
     }
     if (!mSelection.only.empty()) line += ", only ids holding \"" + mSelection.only + "\"";
     return line;

@@ -33,6 +33,7 @@ constexpr const char* kUsage =
     "  --only TEXT        the blocks whose id (STATE:A+B) contains TEXT\n"
     "  --rotation N       every block pairing operations that share state, and one share\n"
     "                     in N of the rest, by --day D (default: days since 1970, UTC)\n"
+    "  --shared-rotation M  also only one share in M of the blocks that share state\n"
     "  --check            exit 1 when a block's findings are not what it declares\n"
     "  --stop-at-first    stop at the first block that fails the check\n"
     "  --out DIR          minimise each finding not declared into DIR/ID.KIND.scn\n"
@@ -71,40 +72,14 @@ BlockResult exploreText(const std::string& id, const std::string& text,
     return explore::exploreBlock(scenario, 0, options, out);
 }
 
-// What the block's findings break of its declarations, one line each.
-std::vector<std::string> checkFindings(const BlockResult& result,
-                                       const std::vector<sim::ExpectedFinding>& declared) {
-    std::vector<std::string> broken;
-    std::map<sim::FindingKind, int> found;
-    for (const BlockFinding& f : result.findings) ++found[f.kind];
-    for (const auto& entry : found) {
-        const sim::FindingKind kind = entry.first;
-        const bool isDeclared = std::any_of(declared.begin(), declared.end(),
-                                            [&](const auto& d) { return d.kind == kind; });
-        if (!isDeclared) {
-            broken.push_back(std::to_string(entry.second) + " " + sim::findingName(kind) +
-                             " finding(s), not declared");
-        }
-    }
-    for (const sim::ExpectedFinding& d : declared) {
-        const int count = found.count(d.kind) ? found[d.kind] : 0;
-        if (count > 0 && (d.count < 0 || d.count == count)) continue;
-        broken.push_back(std::string("declared ") +
-                         (d.count >= 0 ? std::to_string(d.count) + " " : "") +
-                         sim::findingName(d.kind) + ", found " + std::to_string(count));
-    }
-    return broken;
+std::vector<sim::FindingKind> kindsOf(const BlockResult& result) {
+    std::vector<sim::FindingKind> kinds;
+    for (const BlockFinding& f : result.findings) kinds.push_back(f.kind);
+    return kinds;
 }
 
-// "non-serial=2 lock-across-call=1", or "none".
 std::string findingSummary(const BlockResult& result) {
-    std::map<std::string, int> counts;
-    for (const BlockFinding& f : result.findings) ++counts[sim::findingName(f.kind)];
-    std::string text;
-    for (const auto& [kind, count] : counts) {
-        text += (text.empty() ? "" : " ") + kind + "=" + std::to_string(count);
-    }
-    return text.empty() ? "none" : text;
+    return summaryOf(kindsOf(result));
 }
 
 // The findings another build of zdgnss-sim gives for the block, as findingSummary() writes
@@ -168,7 +143,7 @@ class GeneratedRun {
                         exploreOptions(mOptions, mOptions.maxRuns, block.id), log);
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - started;
         const std::vector<sim::ExpectedFinding> declared = declaredFor(mHazards, block.id);
-        std::vector<std::string> broken = checkFindings(result, declared);
+        std::vector<std::string> broken = heldAgainst(kindsOf(result), declared);
         if (mOptions.summary) {
             std::cout << "findings " << block.id << ": " << findingSummary(result) << "\n";
         }

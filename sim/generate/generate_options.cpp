@@ -71,6 +71,8 @@ bool parseGenerateOptions(const std::vector<std::string>& args, GenerateOptions*
             o->minimiseRuns = n;
         } else if (arg == "--rotation" && n >= 1) {
             o->selection.rotation = static_cast<unsigned>(n);
+        } else if (arg == "--shared-rotation" && n >= 1) {
+            o->selection.sharedRotation = static_cast<unsigned>(n);
         } else if (arg == "--day") {
             o->selection.day = static_cast<long>(n);
         } else if (arg == "--real" && n >= 1) {

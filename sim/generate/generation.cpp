@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ctime>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "generate_options.h"
@@ -40,8 +41,25 @@ bool blockShares(const GeneratedSet& set, const GeneratedBlock& block) {
     return false;
 }
 
-void measureAll(GeneratedSet* set, bool nested, std::ostream& log) {
+// The states a selection can take blocks from: the one its id or its `only` names before
+// the colon, else every state.
+std::set<std::string> statesOf(const Selection& selection, const OperationTable& table) {
+    std::set<std::string> states;
+    for (const std::string& text : {selection.id, selection.only}) {
+        const size_t colon = text.find(':');
+        if (colon != std::string::npos && table.state(text.substr(0, colon)) != nullptr) {
+            states.insert(text.substr(0, colon));
+            return states;
+        }
+    }
+    for (const TableState& state : table.states) states.insert(state.name);
+    return states;
+}
+
+void measureAll(GeneratedSet* set, bool nested, const std::set<std::string>& states,
+                std::ostream& log) {
     for (const TableState& state : set->table.states) {
+        if (states.count(state.name) == 0) continue;
         for (const StateOperation& op : set->operations.byState[state.name]) {
             if (op.nested != nested || set->footprints.count(key(state.name, op.name)) != 0) {
                 continue;
@@ -96,12 +114,13 @@ bool buildGeneratedSet(const GenerateOptions& options, std::ostream& log, Genera
     if (cached) readCache(options.footprintCache, set);
     // The table operations first, alone in each of their states; what they call decides
     // the nested operations, which are then measured the same way.
+    const std::set<std::string> states = statesOf(options.selection, set->table);
     set->operations = stateOperations(set->table, {});
-    measureAll(set, false, log);
+    measureAll(set, false, states, log);
     std::map<std::string, RemoteCalls> calls;
     for (const auto& [name, footprint] : set->footprints) calls[name] = footprint.calls;
     set->operations = stateOperations(set->table, calls);
-    measureAll(set, true, log);
+    measureAll(set, true, states, log);
     if (!options.footprintCache.empty() && !cached) writeCache(options.footprintCache, *set);
     for (const auto& [name, footprint] : set->footprints) {
         set->footprintsKnown = set->footprintsKnown || !footprint.objects.empty();
@@ -117,15 +136,17 @@ bool buildGeneratedSet(const GenerateOptions& options, std::ostream& log, Genera
 
 std::vector<size_t> selectBlocks(const GeneratedSet& set, const Selection& selection) {
     std::vector<size_t> chosen;
-    const unsigned rotation = std::max(selection.rotation, 1u);
-    const uint64_t turn = static_cast<uint64_t>(selection.day) % rotation;
+    auto inTurn = [&](const std::string& id, unsigned rotation) {
+        rotation = std::max(rotation, 1u);
+        return stableHash(id) % rotation == static_cast<uint64_t>(selection.day) % rotation;
+    };
     for (size_t i = 0; i < set.blocks.size(); ++i) {
         const GeneratedBlock& block = set.blocks[i];
         if (!selection.only.empty() && block.id.find(selection.only) == std::string::npos) {
             continue;
         }
         if (!selection.id.empty() && block.id != selection.id) continue;
-        if (rotation == 1 || set.shared[i] || stableHash(block.id) % rotation == turn) {
+        if (inTurn(block.id, set.shared[i] ? selection.sharedRotation : selection.rotation)) {
             chosen.push_back(i);
         }
     }

@@ -1,6 +1,8 @@
 #include "kept_hazards.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <sstream>
 
 #include "scenario_file.h"
@@ -76,6 +78,39 @@ std::vector<sim::ExpectedFinding> declaredFor(const std::vector<KeptHazard>& haz
         if (hazard.block == block) declared.push_back(hazard.expected);
     }
     return declared;
+}
+
+std::vector<std::string> heldAgainst(const std::vector<sim::FindingKind>& found,
+                                     const std::vector<sim::ExpectedFinding>& declared) {
+    std::map<sim::FindingKind, int> counts;
+    for (sim::FindingKind kind : found) ++counts[kind];
+    std::vector<std::string> broken;
+    for (const auto& [kind, count] : counts) {
+        const sim::FindingKind k = kind;
+        if (std::none_of(declared.begin(), declared.end(),
+                         [&](const sim::ExpectedFinding& d) { return d.kind == k; })) {
+            broken.push_back(std::to_string(count) + " " + sim::findingName(kind) +
+                             " finding(s), not declared");
+        }
+    }
+    for (const sim::ExpectedFinding& d : declared) {
+        const int count = counts.count(d.kind) != 0 ? counts[d.kind] : 0;
+        if (count > 0 && (d.count < 0 || d.count == count)) continue;
+        broken.push_back(std::string("declared ") +
+                         (d.count >= 0 ? std::to_string(d.count) + " " : "") +
+                         sim::findingName(d.kind) + ", found " + std::to_string(count));
+    }
+    return broken;
+}
+
+std::string summaryOf(const std::vector<sim::FindingKind>& found) {
+    std::map<std::string, int> counts;
+    for (sim::FindingKind kind : found) ++counts[sim::findingName(kind)];
+    std::string text;
+    for (const auto& [kind, count] : counts) {
+        text += (text.empty() ? "" : " ") + kind + "=" + std::to_string(count);
+    }
+    return text.empty() ? "none" : text;
 }
 
 }  // namespace gen

@@ -30,4 +30,13 @@ bool parseKeptHazards(const std::string& text, const std::string& file,
 std::vector<sim::ExpectedFinding> declaredFor(const std::vector<KeptHazard>& hazards,
                                               const std::string& block);
 
+// What a block's findings (one kind per distinct finding) break of its declarations, one
+// line each: a kind it does not declare, a declared kind not found or found another number
+// of times than declared.
+std::vector<std::string> heldAgainst(const std::vector<sim::FindingKind>& found,
+                                     const std::vector<sim::ExpectedFinding>& declared);
+
+// The findings' kinds with their numbers, "lock-across-call=1 non-serial=2", or "none".
+std::string summaryOf(const std::vector<sim::FindingKind>& found);
+
 }  // namespace gen

@@ -169,8 +169,9 @@ FindingShape shapeOf(const BlockFinding& finding, const BlockResult& result) {
     } else if (finding.kind == FindingKind::kLockAcrossCall) {
         parts.insert(finding.key.substr(0, finding.key.find(' ')));
     } else if (finding.kind == FindingKind::kRefused) {
+        // "refused COMMAND: REASON"
         const std::string refused = finding.detail.substr(finding.detail.find(' ') + 1);
-        parts.insert(commandOf(refused));
+        parts.insert(commandOf(refused.substr(0, refused.find(": "))));
     }
     shape.parts.assign(parts.begin(), parts.end());
     return shape;

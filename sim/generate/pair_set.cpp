@@ -28,8 +28,8 @@ std::string eventVerb(const std::string& event) {
 
 void addNested(const OperationTable& table, const std::map<std::string, RemoteCalls>& calls,
                Operations* ops) {
-    std::set<std::string> armed;  // PARTY IFACE.OP EVENT, each once, in the first state
     for (const TableState& state : table.states) {
+        std::set<std::string> armed;  // PARTY IFACE.OP EVENT, each once a state
         std::vector<StateOperation> nested;
         for (const TableOperation& op : table.operations) {
             auto found = calls.find(state.name + " " + op.name);

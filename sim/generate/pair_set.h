@@ -37,9 +37,9 @@ struct Operations {
 };
 
 // The operations of every state. `calls` gives, for a table operation's first value in a
-// state, the remote calls its run alone made (key "STATE OPERATION"); each call that a
-// `nest` entry covers gives a nested operation, triggered by the first operation in table
-// order that makes it.
+// state, the remote calls its run alone made (key "STATE OPERATION"); in each state, each
+// call that a `nest` entry covers gives a nested operation, triggered by the first
+// operation in table order that makes it there.
 Operations stateOperations(const OperationTable& table,
                            const std::map<std::string, RemoteCalls>& calls);
 
