@@ -44,7 +44,9 @@ constexpr const char* kUsage =
     "  --footprint-cache FILE  read the footprints from FILE, or measure and write them there\n"
     "  --baseline PROGRAM a block whose findings are not what it declares fails only when\n"
     "                     PROGRAM (another build) gives it other findings\n"
-    "  --summary          print each block's findings as `findings ID: KIND=N ...`\n";
+    "  --summary          print each block's findings as `findings ID: KIND=N ...`\n"
+    "  --changed-first    explore first the blocks with an operation this build runs otherwise\n"
+    "                     than the footprint cache says\n";
 
 using explore::BlockFinding;
 using explore::BlockResult;
@@ -78,13 +80,42 @@ std::vector<sim::FindingKind> kindsOf(const BlockResult& result) {
     return kinds;
 }
 
+// The kinds with their numbers, and a digest of the findings themselves (their outcomes,
+// mutexes, signals), so that two builds giving the same number of other findings differ.
 std::string findingSummary(const BlockResult& result) {
-    return summaryOf(kindsOf(result));
+    std::vector<std::string> keys;
+    for (const BlockFinding& f : result.findings) {
+        keys.push_back(std::string(sim::findingName(f.kind)) + "\n" + f.key);
+    }
+    std::sort(keys.begin(), keys.end());
+    uint64_t digest = 14695981039346656037ull;
+    for (const std::string& key : keys) {
+        for (unsigned char c : key + "\n") digest = (digest ^ c) * 1099511628211ull;
+    }
+    char hex[24];
+    snprintf(hex, sizeof(hex), " #%016llx", static_cast<unsigned long long>(digest));
+    return summaryOf(kindsOf(result)) + (keys.empty() ? "" : hex);
 }
 
 // The findings another build of zdgnss-sim gives for the block, as findingSummary() writes
-// them; "" when it gave no answer.
+// them; "" when it gave no answer. The answers are kept in `<footprint cache>.baseline`,
+// one "ID\tSUMMARY" a line, for the next run against the same baseline.
+std::string askBaseline(const GenerateOptions& o, const std::string& id);
+
 std::string baselineSummary(const GenerateOptions& o, const std::string& id) {
+    const std::string cache = o.footprintCache.empty() ? "" : o.footprintCache + ".baseline";
+    std::ifstream in(cache);
+    std::string line;
+    while (std::getline(in, line)) {
+        if (line.compare(0, id.size() + 1, id + "\t") == 0) return line.substr(id.size() + 1);
+    }
+    const std::string summary = askBaseline(o, id);
+    if (!cache.empty() && !summary.empty())
+        std::ofstream(cache, std::ios::app) << id << "\t" << summary << "\n";
+    return summary;
+}
+
+std::string askBaseline(const GenerateOptions& o, const std::string& id) {
     std::vector<std::string> args = {o.baseline,
                                      "explore",
                                      "--generate",
@@ -247,6 +278,35 @@ std::vector<std::string> staleHazards(const std::string& file,
     return stale;
 }
 
+// The chosen blocks with an operation that this build runs otherwise than the set's
+// (cached) footprints say come first, each part in its order.
+void changedFirst(const GenerateOptions& options, const GeneratedSet& set,
+                  std::vector<size_t>* chosen) {
+    GenerateOptions measured = options;
+    measured.footprintCache.clear();
+    GeneratedSet own;
+    std::string error;
+    std::ostringstream log;
+    if (!buildGeneratedSet(measured, log, &own, &error)) return;
+    std::set<std::string> changedOps;
+    for (const auto& [name, footprint] : set.footprints) {
+        auto mine = own.footprints.find(name);
+        if (mine != own.footprints.end() && changed(footprint, mine->second)) {
+            changedOps.insert(name);
+        }
+    }
+    auto touchesChanged = [&](size_t index) {
+        const GeneratedBlock& block = set.blocks[index];
+        return std::any_of(
+            block.operations.begin(), block.operations.end(),
+            [&](const std::string& op) { return changedOps.count(block.state + " " + op) != 0; });
+    };
+    std::stable_partition(chosen->begin(), chosen->end(), touchesChanged);
+    std::cout << changedOps.size() << " operations run otherwise than the footprint cache says";
+    for (const std::string& name : changedOps) std::cout << "; " << name;
+    std::cout << "\n";
+}
+
 }  // namespace
 
 bool asksForGeneration(const std::vector<std::string>& args) {
@@ -274,7 +334,8 @@ int exploreGeneratedMain(const std::vector<std::string>& args) {
         code = std::max(code, 1);
     }
     if (!options.out.empty()) std::filesystem::create_directories(options.out);
-    const std::vector<size_t> chosen = selectBlocks(set, options.selection);
+    std::vector<size_t> chosen = selectBlocks(set, options.selection);
+    if (options.changedFirst) changedFirst(options, set, &chosen);
     CoverageReport report(set, options.selection, chosen);
     std::cout << report.selectionLine() << "\n";
     GeneratedRun run(options, set, hazards);

@@ -20,30 +20,46 @@ using zdhost::schedule::Point;
 // reaches.
 class TouchingScheduler : public explore::Scheduler {
   public:
-    TouchingScheduler(explore::Policy& policy, Events events, std::set<std::string>* objects)
-        : Scheduler(policy, std::move(events), kStepBound), mObjects(objects) {}
+    struct Touched {
+        std::set<std::string> objects;
+        size_t steps = 0;
+        uint64_t trace = 14695981039346656037ull;  // FNV-1a over the points in order
+    };
+
+    TouchingScheduler(explore::Policy& policy, Events events, Touched* touched)
+        : Scheduler(policy, std::move(events), kStepBound), mTouched(touched) {}
 
     void point(Point kind, const void* object) override {
-        if (object != nullptr && (kind == Point::kLock || kind == Point::kAtomic)) {
-            note(kind == Point::kLock ? "lock " : "atomic ", object);
-        }
+        const bool named = object != nullptr && (kind == Point::kLock || kind == Point::kAtomic);
+        note(kind == Point::kLock     ? "lock "
+             : kind == Point::kAtomic ? "atomic "
+                                      : "point ",
+             named ? object : nullptr, static_cast<int>(kind));
         Scheduler::point(kind, object);
     }
     void acquire(const void* mutex) override {
-        note("lock ", mutex);
+        note("lock ", mutex, -1);
         Scheduler::acquire(mutex);
     }
     bool tryAcquire(const void* mutex) override {
-        note("lock ", mutex);
+        note("lock ", mutex, -1);
         return Scheduler::tryAcquire(mutex);
     }
 
   private:
     static constexpr size_t kStepBound = 20000;
-    void note(const char* kind, const void* object) {
-        if (!currentOperation().empty()) mObjects->insert(kind + explore::objectName(object));
+    void note(const char* kind, const void* object, int point) {
+        if (currentOperation().empty()) return;
+        const std::string name = object != nullptr ? kind + explore::objectName(object) : "";
+        if (object != nullptr) mTouched->objects.insert(name);
+        ++mTouched->steps;
+        // An object without a symbol is named by its address, which another build moves.
+        const std::string stable = name.find(" object at ") != std::string::npos ? kind : name;
+        for (unsigned char c : std::to_string(point) + stable + ";") {
+            mTouched->trace = (mTouched->trace ^ c) * 1099511628211ull;
+        }
     }
-    std::set<std::string>* mObjects;
+    Touched* mTouched;
 };
 
 // "fusd IFusdGnssInterface.sendLocationData" for a call that a party received and that went
@@ -90,12 +106,14 @@ int footprintChild(const std::vector<std::string>& prelude,
         return 2;
     }
     lastStepsAsBlock(&scenario, commands.size());
-    std::set<std::string> objects;
+    TouchingScheduler::Touched touched;
     std::set<std::string> calls;
     std::mutex lock;
     auto flush = [&] {
         std::lock_guard<std::mutex> guard(lock);
-        for (const std::string& object : objects) writeLine(fd, "O " + object);
+        writeLine(fd, "S " + std::to_string(touched.steps));
+        writeLine(fd, "T " + std::to_string(touched.trace));
+        for (const std::string& object : touched.objects) writeLine(fd, "O " + object);
         for (const std::string& call : calls) writeLine(fd, "C " + call);
     };
     sim::Transcript::get().setEcho(false);
@@ -113,7 +131,7 @@ int footprintChild(const std::vector<std::string>& prelude,
             writeLine(fd, "F " + detail);
             _exit(3);
         };
-        TouchingScheduler scheduler(serial, events, &objects);
+        TouchingScheduler scheduler(serial, events, &touched);
         const std::vector<sim::Step>& steps = block.branches[0];
         auto work = [&] {
             for (size_t c = 0; c < steps.size(); ++c) {
@@ -150,6 +168,8 @@ Footprint measureFootprint(const std::vector<std::string>& prelude,
     while (std::getline(in, line)) {
         if (line.rfind("O ", 0) == 0) footprint.objects.insert(line.substr(2));
         if (line.rfind("C ", 0) == 0) footprint.calls.insert(line.substr(2));
+        if (line.rfind("S ", 0) == 0) footprint.steps = std::stoul(line.substr(2));
+        if (line.rfind("T ", 0) == 0) footprint.trace = line.substr(2);
         if (line.rfind("F ", 0) == 0) footprint.problem = line.substr(2);
         if (line == "X") clean = true;
     }
@@ -158,6 +178,10 @@ Footprint measureFootprint(const std::vector<std::string>& prelude,
                                                : "exit " + std::to_string(output.exitCode);
     }
     return footprint;
+}
+
+bool changed(const Footprint& a, const Footprint& b) {
+    return a.trace != b.trace || a.calls != b.calls;
 }
 
 bool shareState(const Footprint& a, const Footprint& b) {

@@ -16,6 +16,8 @@ namespace gen {
 struct Footprint {
     std::set<std::string> objects;  // "lock g_feedTimingLock", "atomic fdLocationFlag" ...
     RemoteCalls calls;              // the calls that went through
+    size_t steps = 0;               // the scheduling points it passed: what exploring it costs
+    std::string trace;              // a digest of those points in order, with what each names
     std::string problem;            // why the run did not end cleanly, if it did not
 };
 
@@ -27,5 +29,8 @@ Footprint measureFootprint(const std::vector<std::string>& prelude,
 
 // Whether two footprints have a library object in common.
 bool shareState(const Footprint& a, const Footprint& b);
+// Whether the operation did something else at its scheduling points: another build of the
+// library changed it.
+bool changed(const Footprint& a, const Footprint& b);
 
 }  // namespace gen

@@ -27,7 +27,8 @@ constexpr const char* kUsage =
     "  --footprint-cache FILE  read the footprints from FILE, or measure and write them there\n"
     "  --write DIR       write each block as DIR/ID.scn\n"
     "  --real N          play each block N times on real threads, each run in a process of\n"
-    "                    its own; exit 1 when a run fails (a crash, a sanitizer report, a hang)\n";
+    "                    its own; exit 1 when a run fails (a crash, a sanitizer report, a hang)\n"
+    "  --stop-at-first   stop at the first block whose real-thread run fails\n";
 
 constexpr unsigned kRealRunSeconds = 120;
 
@@ -103,7 +104,10 @@ int generateMain(const std::vector<std::string>& args) {
             std::ofstream(options.writeDir + "/" + fileName(block.id))
                 << scenarioText(block, {"Generated block " + block.id + "."});
         }
-        if (options.realRuns > 0 && !playOnRealThreads(block, options.realRuns)) ++failed;
+        if (options.realRuns > 0 && !playOnRealThreads(block, options.realRuns)) {
+            ++failed;
+            if (options.stopAtFirst) break;
+        }
     }
     if (options.realRuns > 0) {
         std::cout << chosen.size() << " generated blocks played " << options.realRuns

@@ -43,7 +43,7 @@ bool parseGenerateOptions(const std::vector<std::string>& args, GenerateOptions*
         {"--generate", nullptr},    {"--triples", &o->triples},
         {"--check", &o->check},     {"--stop-at-first", &o->stopAtFirst},
         {"--list", &o->list},       {"--print-footprints", &o->printFootprints},
-        {"--summary", &o->summary},
+        {"--summary", &o->summary}, {"--changed-first", &o->changedFirst},
     };
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];

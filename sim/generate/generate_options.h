@@ -31,6 +31,9 @@ struct GenerateOptions {
     // build of zdgnss-sim) gives other findings for it: a fault's effect, not the library's.
     std::string baseline;
     bool summary = false;  // print each block's findings as one `findings ID: KIND=N...` line
+    // Explore first the blocks with an operation that this build's library runs otherwise
+    // than the footprint cache says (a fault's or a change's blocks), then the rest.
+    bool changedFirst = false;
     // generate
     std::string writeDir;          // write every selected block as a scenario file there
     unsigned realRuns = 0;         // play every selected block this many times on real threads

@@ -91,13 +91,16 @@ void readCache(const std::string& path, GeneratedSet* set) {
         if (kind == "O") footprint.objects.insert(text);
         if (kind == "C") footprint.calls.insert(text);
         if (kind == "P") footprint.problem = text;
+        if (kind == "S") footprint.steps = std::stoul(text);
+        if (kind == "T") footprint.trace = text;
     }
 }
 
 void writeCache(const std::string& path, const GeneratedSet& set) {
     std::ofstream out(path);
     for (const auto& [name, footprint] : set.footprints) {
-        out << name << "\t-\n";
+        out << name << "\tS\t" << footprint.steps << "\n"
+            << name << "\tT\t" << footprint.trace << "\n";
         for (const std::string& object : footprint.objects)
             out << name << "\tO\t" << object << "\n";
         for (const std::string& call : footprint.calls) out << name << "\tC\t" << call << "\n";
@@ -126,6 +129,16 @@ bool buildGeneratedSet(const GenerateOptions& options, std::ostream& log, Genera
         set->footprintsKnown = set->footprintsKnown || !footprint.objects.empty();
     }
     set->blocks = generateBlocks(set->table, set->operations, options.triples);
+    // The blocks whose operations pass fewer scheduling points cost fewer runs: those first.
+    auto cost = [&](const GeneratedBlock& block) {
+        size_t steps = 0;
+        for (const std::string& op : block.operations)
+            steps += set->footprints[key(block.state, op)].steps;
+        return steps;
+    };
+    std::stable_sort(
+        set->blocks.begin(), set->blocks.end(),
+        [&](const GeneratedBlock& a, const GeneratedBlock& b) { return cost(a) < cost(b); });
     for (const GeneratedBlock& block : set->blocks) {
         sim::Scenario scenario;
         if (!parseGenerated(block.id, scenarioText(block), &scenario, error)) return false;

@@ -14,6 +14,7 @@
 
 namespace gen {
 
+// The blocks come cheapest first: by the scheduling points their operations pass alone.
 struct GeneratedSet {
     OperationTable table;
     Operations operations;
