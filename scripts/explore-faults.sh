@@ -94,7 +94,11 @@ generated_explorer_verdict() {
       --baseline "$baseline/zdgnss-sim" --footprint-cache "$baseline/footprints" 2>&1); then
     return
   fi
-  grep -E ': check failed: ' <<<"$out" | grep -v 'the baseline build gives' | head -n 1 || true
+  # The block's failed check, and what the unchanged build gave the same block.
+  local failed
+  failed=$(grep -E ': check failed: ' <<<"$out" | head -n 2 || true)
+  [[ -n "$failed" ]] || return 0
+  echo "$(head -n 1 <<<"$failed" | cut -d' ' -f1) $(sed 's/^[^ ]*: check failed: //' <<<"$failed" | paste -sd ';' -)"
 }
 
 generated_tsan_verdict() {

@@ -69,6 +69,15 @@ bool playOnRealThreads(const GeneratedBlock& block, unsigned runs) {
     return true;
 }
 
+bool runsOnlyUnderTheExplorer(const OperationTable& table, const GeneratedBlock& block) {
+    for (const TableLeftOut& only : table.exploreOnly) {
+        for (const std::string& op : block.operations) {
+            if (op == only.command) return true;
+        }
+    }
+    return false;
+}
+
 void printFootprints(const GeneratedSet& set) {
     for (const auto& [name, footprint] : set.footprints) {
         std::cout << name << ":";
@@ -97,8 +106,13 @@ int generateMain(const std::vector<std::string>& args) {
     const std::vector<size_t> chosen = selectBlocks(set, options.selection);
     if (!options.writeDir.empty()) std::filesystem::create_directories(options.writeDir);
     size_t failed = 0;
+    size_t exploreOnly = 0;
     for (size_t index : chosen) {
         const GeneratedBlock& block = set.blocks[index];
+        if (options.realRuns > 0 && runsOnlyUnderTheExplorer(set.table, block)) {
+            ++exploreOnly;
+            continue;
+        }
         if (options.list) std::cout << block.id << "\n";
         if (!options.writeDir.empty()) {
             std::ofstream(options.writeDir + "/" + fileName(block.id))
@@ -110,8 +124,9 @@ int generateMain(const std::vector<std::string>& args) {
         }
     }
     if (options.realRuns > 0) {
-        std::cout << chosen.size() << " generated blocks played " << options.realRuns
-                  << " times each on real threads: " << failed << " failed\n";
+        std::cout << chosen.size() - exploreOnly << " generated blocks played " << options.realRuns
+                  << " times each on real threads: " << failed << " failed; " << exploreOnly
+                  << " left out, with an operation the table keeps to the explorer\n";
     }
     return failed > 0 ? 1 : 0;
 }

@@ -38,7 +38,8 @@ class TableReader {
         if (w[0] == "post") return post(w, error);
         if (w[0] == "op") return operation(w, error);
         if (w[0] == "nest") return nesting(w, error);
-        if (w[0] == "left-out") return leftOut(text, error);
+        if (w[0] == "left-out") return leftOut(text, 8, &mTable->leftOut, error);
+        if (w[0] == "explore-only") return leftOut(text, 12, &mTable->exploreOnly, error);
         return fail("unknown entry \"" + w[0] + "\"", error);
     }
 
@@ -57,6 +58,12 @@ class TableReader {
             mNumber = nesting.line;
             if (nesting.events.empty()) return fail("a nest entry needs an event", error);
         }
+        for (const TableLeftOut& only : mTable->exploreOnly) {
+            mNumber = only.line;
+            if (!isOperation(only.command)) {
+                return fail("explore-only names no operation \"" + only.command + "\"", error);
+            }
+        }
         return true;
     }
 
@@ -70,6 +77,13 @@ class TableReader {
         if (mBody == nullptr) return fail("an indented line belongs to an entry above it", error);
         mBody->push_back(text);
         return true;
+    }
+
+    bool isOperation(const std::string& name) const {
+        for (const TableOperation& op : mTable->operations) {
+            if (op.name == name) return true;
+        }
+        return false;
     }
 
     TableState* findState(const std::string& name) {
@@ -133,16 +147,18 @@ class TableReader {
         return true;
     }
 
-    // left-out COMMAND: REASON
-    bool leftOut(const std::string& text, std::string* error) {
+    // left-out COMMAND: REASON, explore-only OPERATION: REASON
+    bool leftOut(const std::string& text, size_t keyword, std::vector<TableLeftOut>* into,
+                 std::string* error) {
         const size_t colon = text.find(':');
-        const std::string command =
-            colon == std::string::npos ? "" : trimmed(text.substr(8, colon - 8));
+        const std::string what =
+            colon == std::string::npos ? "" : trimmed(text.substr(keyword, colon - keyword));
         const std::string reason =
             colon == std::string::npos ? "" : trimmed(text.substr(colon + 1));
-        if (command.empty() || reason.empty())
-            return fail("usage: left-out COMMAND: REASON", error);
-        mTable->leftOut.push_back({command, reason});
+        if (what.empty() || reason.empty()) {
+            return fail("usage: " + text.substr(0, keyword) + " NAME: REASON", error);
+        }
+        into->push_back({what, reason, mNumber});
         return true;
     }
 

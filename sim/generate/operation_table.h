@@ -38,6 +38,7 @@ struct TableNesting {
 struct TableLeftOut {
     std::string command;
     std::string reason;
+    int line = 0;
 };
 
 struct OperationTable {
@@ -46,6 +47,9 @@ struct OperationTable {
     std::vector<TableOperation> operations;
     std::vector<TableNesting> nestings;
     std::vector<TableLeftOut> leftOut;
+    // Operations left out of the real-thread runs (`explore-only NAME: REASON`): the world
+    // writes plain memory the library reads, so ThreadSanitizer would report the world.
+    std::vector<TableLeftOut> exploreOnly;
 
     const TableState* state(const std::string& name) const;
 };
