@@ -71,6 +71,7 @@ bool playOnRealThreads(const GeneratedBlock& block, unsigned runs) {
 
 bool runsOnlyUnderTheExplorer(const OperationTable& table, const GeneratedBlock& block) {
     for (const TableLeftOut& only : table.exploreOnly) {
+        if (only.command == block.id) return true;
         for (const std::string& op : block.operations) {
             if (op == only.command) return true;
         }

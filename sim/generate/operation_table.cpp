@@ -60,7 +60,7 @@ class TableReader {
         }
         for (const TableLeftOut& only : mTable->exploreOnly) {
             mNumber = only.line;
-            if (!isOperation(only.command)) {
+            if (only.command.find(':') == std::string::npos && !isOperation(only.command)) {
                 return fail("explore-only names no operation \"" + only.command + "\"", error);
             }
         }

@@ -47,8 +47,9 @@ struct OperationTable {
     std::vector<TableOperation> operations;
     std::vector<TableNesting> nestings;
     std::vector<TableLeftOut> leftOut;
-    // Operations left out of the real-thread runs (`explore-only NAME: REASON`): the world
-    // writes plain memory the library reads, so ThreadSanitizer would report the world.
+    // Operations, or blocks (STATE:A+B), left out of the real-thread runs
+    // (`explore-only NAME: REASON`): where ThreadSanitizer would report a race that is not
+    // the library's to fix, such as the world writing plain memory the library reads.
     std::vector<TableLeftOut> exploreOnly;
 
     const TableState* state(const std::string& name) const;
