@@ -6,12 +6,27 @@
 # also runs, for each fault, the same scenarios on real threads and the chaos test in the
 # tsan build, to show which faults those catch. Not part of the test command: each fault
 # rebuilds the library. Run it after changing the explorer or the library's locking.
-# Usage: scripts/explore-faults.sh [--tsan] [FAULT.patch...]
+#
+# With --generated it runs the generated pairs of tests/explore/generated alone, the
+# hand-written scenarios left out. A fault is found by the first block, cheapest first,
+# whose findings are other than the kept hazards declare and other than the unchanged
+# library's (the build copied before the first fault). A fault whose patch says it is a
+# plain-memory race is left to ThreadSanitizer: with --tsan, the generated blocks are played
+# on real threads in the tsan build until one fails.
+# Usage: scripts/explore-faults.sh [--tsan] [--generated] [FAULT.patch...]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 tsan=false
-if [[ "${1:-}" == "--tsan" ]]; then tsan=true; shift; fi
+generated=false
+while [[ "${1:-}" == --* ]]; do
+  case "$1" in
+    --tsan) tsan=true ;;
+    --generated) generated=true ;;
+    *) echo "usage: scripts/explore-faults.sh [--tsan] [--generated] [FAULT.patch...]" >&2; exit 2 ;;
+  esac
+  shift
+done
 patches=("$@")
 ((${#patches[@]})) || patches=(tests/explore/faults/*.patch)
 
@@ -78,22 +93,68 @@ tsan_verdict() {
   echo "real-thread scenarios failing under tsan (a race, or a hang past 120 s): ${races}; chaos test under tsan: ${chaos}"
 }
 
+plain_memory_race() {
+  grep -q '^# A plain-memory race' "$1"
+}
+
+# Generated mode: the first generated block that shows the fault, or nothing.
+generated_explorer_verdict() {
+  local out
+  if out=$("$sim" explore --generate --no-hand --check --stop-at-first --changed-first \
+      --baseline "$baseline/zdgnss-sim" --footprint-cache "$baseline/footprints" 2>&1); then
+    return
+  fi
+  # The block's failed check, and what the unchanged build gave the same block.
+  local failed
+  failed=$(grep -E ': check failed: ' <<<"$out" | head -n 2 || true)
+  [[ -n "$failed" ]] || return 0
+  echo "$(head -n 1 <<<"$failed" | cut -d' ' -f1) $(sed 's/^[^ ]*: check failed: //' <<<"$failed" | paste -sd ';' -)"
+}
+
+generated_tsan_verdict() {
+  local out
+  if out=$(TSAN_OPTIONS="halt_on_error=1 atexit_sleep_ms=0 suppressions=$PWD/host/tsan.supp" \
+      build/tsan/sim/zdgnss-sim generate --real 1 --stop-at-first \
+      --footprint-cache "$baseline/footprints" 2>&1); then
+    return
+  fi
+  grep -E 'real-thread run .* failed' <<<"$out" | head -n 1 | sed 's/; its standard error://'
+}
+
 build
 baseline=$(mktemp -d)
-for scenario in tests/explore/*.scn; do findings "$scenario" >"$baseline/$(basename "$scenario")"; done
+if $generated; then
+  # The unchanged build, with the shared libraries it loads, for telling a fault's findings
+  # from the library's own; and the footprints both builds generate their blocks from.
+  mkdir "$baseline/bin"
+  cp "$sim" build/asan-ubsan/libzdgnssprovider.so build/asan-ubsan/host/libzdhidl.so "$baseline/bin"
+  printf '#!/bin/sh\nLD_LIBRARY_PATH="%s/bin" exec "%s/bin/zdgnss-sim" "$@"\n' \
+    "$baseline" "$baseline" >"$baseline/zdgnss-sim"
+  chmod +x "$baseline/zdgnss-sim"
+  "$baseline/zdgnss-sim" generate --footprint-cache "$baseline/footprints" --list >/dev/null
+else
+  for scenario in tests/explore/*.scn; do findings "$scenario" >"$baseline/$(basename "$scenario")"; done
+fi
 status=0
 for patch in "${patches[@]}"; do
   git apply "$patch"
   build
-  new=$(first_new_finding)
   echo "== $(basename "$patch" .patch)"
+  if $generated && plain_memory_race "$patch"; then
+    if $tsan; then new=$(generated_tsan_verdict); else new="(a plain-memory race: run with --tsan)"; fi
+    new=${new:+by ThreadSanitizer on real threads: $new}
+  elif $generated; then
+    new=$(generated_explorer_verdict)
+  else
+    new=$(first_new_finding)
+  fi
   if [[ -n "$new" ]]; then
     echo "   found: $new"
   else
     echo "   NOT FOUND"
     status=1
   fi
-  if $tsan; then echo "   $(tsan_verdict)"; fi
+  if $tsan && ! $generated; then echo "   $(tsan_verdict)"; fi
   git checkout -- provider hal
 done
 rm -rf "$baseline"

@@ -5,7 +5,9 @@
 #include <iostream>
 #include <string>
 
+#include "explore_generated.h"
 #include "explorer.h"
+#include "generate_cli.h"
 #include "replay/replay_cli.h"
 #include "scenario.h"
 #include "transcript.h"
@@ -16,6 +18,8 @@ constexpr const char* kUsage =
     "usage: zdgnss-sim [--check] [--quiet] FILE.scn\n"
     "       zdgnss-sim replay CAPTURE [options]   (zdgnss-sim replay --help)\n"
     "       zdgnss-sim explore [options] FILE.scn (zdgnss-sim explore --help)\n"
+    "       zdgnss-sim explore --generate [options]  (zdgnss-sim explore --generate --help)\n"
+    "       zdgnss-sim generate [options]         (zdgnss-sim generate --help)\n"
     "  Runs the scenario and prints its transcript.\n"
     "  --check  also holds the expectations: exit 1 at the first that fails\n"
     "  --quiet  print no transcript (failures and errors still print)\n"
@@ -48,9 +52,14 @@ int main(int argc, char** argv) {
     if (argc >= 2 && strcmp(argv[1], "replay") == 0) {
         return replay::replayMain(std::vector<std::string>(argv + 2, argv + argc));
     }
+    if (argc >= 2 && strcmp(argv[1], "generate") == 0) {
+        return gen::generateMain(std::vector<std::string>(argv + 2, argv + argc));
+    }
     if (argc >= 2 && strcmp(argv[1], "explore") == 0) {
 #ifdef ZD_EXPLORE
-        return explore::exploreMain(std::vector<std::string>(argv + 2, argv + argc));
+        const std::vector<std::string> args(argv + 2, argv + argc);
+        if (gen::asksForGeneration(args)) return gen::exploreGeneratedMain(args);
+        return explore::exploreMain(args);
 #else
         std::cerr << "zdgnss-sim explore: this build does not route the library's locks and "
                      "atomics to the scheduler; use a clang build other than ThreadSanitizer's "

@@ -99,6 +99,7 @@ class BlockExplorer {
 
     int explore();
     int replay();
+    BlockResult result(int code) const;
 
   private:
     RunRequest request(RunRequest::Mode mode) const;
@@ -583,13 +584,47 @@ int BlockExplorer::replay() {
         mOut << where() << ": schedule " << mOptions.schedule << " on block " << mOrdinal + 1
              << ": no finding\n";
         if (!mOptions.quiet) printColumns(mOut, result, "  ");
-        if (getenv("ZD_DUMP_STEPS")) for (const Step& st : result.steps) { mOut << "STEP " << formatStep(st); for (const Access& a : st.accesses) mOut << " [" << objectName(reinterpret_cast<const void*>(a.id)) << "]"; mOut << "\n"; }
+        if (getenv("ZD_DUMP_STEPS"))
+            for (const Step& st : result.steps) {
+                mOut << "STEP " << formatStep(st);
+                for (const Access& a : st.accesses)
+                    mOut << " [" << objectName(reinterpret_cast<const void*>(a.id)) << "]";
+                mOut << "\n";
+            }
         return 0;
     }
     return 1;
 }
 
 }  // namespace
+
+BlockResult BlockExplorer::result(int code) const {
+    BlockResult r;
+    for (const Finding& f : mFindings) {
+        r.findings.push_back({f.kind, f.key, f.detail, f.run, f.schedule, declares(f.kind)});
+    }
+    for (const auto& [outcome, order] : mSerialOutcomes) r.serialOutcomes.push_back(outcome);
+    r.runs = mRuns;
+    r.complete = !mBroken && !mSerialCut && mFinished && mSearch.pctRuns == 0;
+    r.broken = mBroken;
+    r.code = code;
+    return r;
+}
+
+BlockResult exploreBlock(const sim::Scenario& scenario, size_t ordinal, const Options& options,
+                         std::ostream& out) {
+    std::vector<const sim::Step*> blocks;
+    for (const sim::Step& step : scenario.steps) {
+        if (step.block != nullptr) blocks.push_back(&step);
+    }
+    BlockResult none;
+    none.broken = true;
+    if (ordinal >= blocks.size()) return none;
+    const double share = options.budget > 0 ? options.budget : HUGE_VAL;
+    BlockExplorer explorer(scenario, *blocks[ordinal], ordinal, options, share, out);
+    const int code = explorer.explore();
+    return explorer.result(code);
+}
 
 int explore(const sim::Scenario& scenario, const std::vector<const sim::Step*>& blocks,
             const Options& options, std::ostream& out) {

@@ -51,6 +51,31 @@ struct Options {
     }
 };
 
+// One distinct finding of a block, as exploreBlock() gives it back.
+struct BlockFinding {
+    sim::FindingKind kind = sim::FindingKind::kNonSerial;
+    std::string key;     // what makes two findings the same; a non-serial one's outcome
+    std::string detail;  // who waits for whom, which mutex, which signal, which command
+    size_t run = 0;      // the run that first showed it, counted from the first serial order
+    std::string schedule;
+    bool declared = false;  // the block declares its kind with expect-finding
+};
+
+// What exploring one block gave.
+struct BlockResult {
+    std::vector<BlockFinding> findings;
+    std::vector<std::string> serialOutcomes;  // each distinct outcome of a serial order
+    size_t runs = 0;
+    bool complete = false;  // every serial order ran, and the search ran out of runs to make
+    bool broken = false;    // the explorer's own error: a run did not follow its schedule
+    int code = 0;           // the exit code explore() would give for this block
+};
+
+// Explores block `ordinal` (from 0) of the scenario as explore() does, printing on `out`;
+// the whole of `options.budget` is the block's share.
+BlockResult exploreBlock(const sim::Scenario& scenario, size_t ordinal, const Options& options,
+                         std::ostream& out);
+
 // Explores every block of the scenario (or replays one schedule) and prints the findings
 // and one summary line per block on `out`. Returns the exit code.
 int explore(const sim::Scenario& scenario, const std::vector<const sim::Step*>& blocks,

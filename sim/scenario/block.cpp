@@ -7,6 +7,7 @@
 #include <mutex>
 #include <thread>
 
+#include "calls.h"
 #include "transcript.h"
 
 namespace sim {
@@ -109,7 +110,9 @@ std::string commandText(const Step& step) {
 
 void runBranchStep(const Step& step) {
     std::string error;
-    if (!step.run(&error)) Transcript::get().emit("refused " + commandText(step) + ": " + error);
+    bool ran = true;
+    runWithoutWaiting([&] { ran = step.run(&error); });
+    if (!ran) Transcript::get().emit("refused " + commandText(step) + ": " + error);
 }
 
 void runBranch(const std::vector<Step>& steps) {

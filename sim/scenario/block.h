@@ -38,7 +38,8 @@ bool addExpectedFinding(const Line& line, Step* blockStep, std::string* error);
 // Runs one command of a branch on the calling thread. A world command that the world
 // refuses in its state of the moment (the daemon died first, say) prints
 // `refused COMMAND: REASON`, and the branch goes on: in a concurrent block that is an
-// outcome, not a malformed scenario.
+// outcome, not a malformed scenario. A call does not wait for the runtime's deliveries;
+// the block waits for them at its end.
 void runBranchStep(const Step& step);
 // Runs one branch's commands in order on the calling thread.
 void runBranch(const std::vector<Step>& steps);

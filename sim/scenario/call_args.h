@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "calls.h"
 #include "format.h"
 #include "transcript.h"
 #include "values.h"
@@ -77,16 +78,17 @@ void addFeedCalls(CallTable& table);      // location-manager feed, satellite au
 void addHalCalls(CallTable& table);       // vendor HAL extension
 
 // Runs a library call on this (the provider) thread. Its result is formatted at once,
-// then the runtime's deliveries finish, then "ret VALUE" is the call's last line.
+// then the runtime's deliveries finish (unless runWithoutWaiting() runs it), then
+// "ret VALUE" is the call's last line.
 template <typename F>
 void callAndReport(F&& call) {
     using Result = decltype(call());
     if constexpr (std::is_void<Result>::value) {
         call();
-        zdhost::pool::drain();
+        if (callsWait()) zdhost::pool::drain();
     } else {
         const std::string value = fmt(call());
-        zdhost::pool::drain();
+        if (callsWait()) zdhost::pool::drain();
         Transcript::get().emit("ret " + value);
     }
 }

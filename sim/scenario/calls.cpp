@@ -7,6 +7,8 @@ namespace sim {
 
 namespace {
 
+thread_local bool tNoWaiting = false;
+
 const CallTable& table() {
     static const CallTable calls = [] {
         CallTable t;
@@ -41,6 +43,17 @@ bool prepareCall(const std::vector<Token>& args, std::function<void()>* call, st
         return false;
     }
     return true;
+}
+
+void runWithoutWaiting(const std::function<void()>& calls) {
+    const bool outer = tNoWaiting;
+    tNoWaiting = true;
+    calls();
+    tNoWaiting = outer;
+}
+
+bool callsWait() {
+    return !tNoWaiting;
 }
 
 std::vector<std::string> callableFunctions() {

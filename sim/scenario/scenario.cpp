@@ -26,6 +26,18 @@ std::function<bool(std::string*)> alwaysSucceeds(Action action) {
     };
 }
 
+// The framework's nested calls (`fw nested-in OBJECT.OP call ...`) are library calls.
+bool lendLibraryCalls() {
+    World::get().setLibraryCalls(
+        [](const std::vector<Token>& words, WorldAction* action, std::string* error) {
+            std::function<void()> call;
+            if (!prepareCall(words, &call, error)) return false;
+            *action = alwaysSucceeds([call] { runWithoutWaiting(call); });
+            return true;
+        });
+    return true;
+}
+
 bool parseCommand(const Line& line, Step* step, std::string* error) {
     const std::string& head = line.tokens[0].text;
     const std::vector<Token> args(line.tokens.begin() + 1, line.tokens.end());
@@ -35,7 +47,11 @@ bool parseCommand(const Line& line, Step* step, std::string* error) {
         *error = "a command must start with a word";
         return false;
     }
-    if (isWorldCommand(head)) return World::get().prepare(head, args, &step->run, error);
+    if (isWorldCommand(head)) {
+        static const bool kLent = lendLibraryCalls();
+        (void)kLent;
+        return World::get().prepare(head, args, &step->run, error);
+    }
     if (head == "call") {
         if (!prepareCall(args, &action, error)) return false;
     } else if (isEnvironmentCommand(head)) {

@@ -143,6 +143,12 @@ bool isDaemonCall(const std::string& op) {
     return parserOf(op) != nullptr;
 }
 
+std::vector<std::string> daemonCallNames() {
+    std::vector<std::string> names;
+    for (const Parser& parser : kParsers) names.push_back(parser.op);
+    return names;
+}
+
 bool parseDaemonCall(const std::vector<Token>& words, DaemonCall* call, std::string* error) {
     const Parser* parser = words.empty() ? nullptr : parserOf(words[0].text);
     if (parser == nullptr) {

@@ -27,6 +27,8 @@ struct DaemonCall {
 
 // Whether `op` names an operation of the library's callback objects.
 bool isDaemonCall(const std::string& op);
+// Every such operation, in the order the daemon's interfaces declare them.
+std::vector<std::string> daemonCallNames();
 // Parses `OP ARGS...` (words[0] is OP); false with *error when malformed.
 bool parseDaemonCall(const std::vector<Token>& words, DaemonCall* call, std::string* error);
 

@@ -1,5 +1,6 @@
 #include "fake_fusd.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace sim {
@@ -52,11 +53,27 @@ void FakeFusd::reset() {
     mParty.reset();
 }
 
+const std::vector<std::string>& FakeFusd::verbs() {
+    static const std::vector<std::string> kVerbs = [] {
+        std::vector<std::string> all = Party::knobVerbs();
+        for (const char* verb : {"register", "register-at-lookup", "kill", "nested", "nested-in"}) {
+            all.push_back(verb);
+        }
+        for (const std::string& op : daemonCallNames()) all.push_back(op);
+        return all;
+    }();
+    return kVerbs;
+}
+
 bool FakeFusd::prepare(const std::vector<Token>& args, WorldAction* action, std::string* error) {
     bool handled = false;
     bool ok = mParty.prepareKnob(args, &handled, action, error);
     if (handled) return ok;
     const std::string verb = args.empty() ? std::string() : args[0].text;
+    if (std::find(verbs().begin(), verbs().end(), verb) == verbs().end()) {
+        *error = "unknown command: fusd " + verb;
+        return false;
+    }
     if (verb == "register" && args.size() == 1) {
         *action = [this](std::string*) {
             registerDaemon();
@@ -71,6 +88,7 @@ bool FakeFusd::prepare(const std::vector<Token>& args, WorldAction* action, std:
         return true;
     }
     if (verb == "nested") return call({args.begin() + 1, args.end()}, true, action, error);
+    if (verb == "nested-in") return nestedIn(args, action, error);
     if (isDaemonCall(verb)) return call(args, false, action, error);
     *error = "unknown command: fusd " + verb;
     return false;
@@ -176,6 +194,16 @@ bool FakeFusd::call(const std::vector<Token>& words, bool nested, WorldAction* a
         return true;
     };
     return true;
+}
+
+bool FakeFusd::nestedIn(const std::vector<Token>& args, WorldAction* action, std::string* error) {
+    WorldAction event;
+    if (args.size() < 3) {
+        *error = "usage: fusd nested-in IFACE.OP OP ARGS...";
+        return false;
+    }
+    if (!call({args.begin() + 2, args.end()}, false, &event, error)) return false;
+    return mParty.prepareNested(args[1].text, event, action, error);
 }
 
 bool FakeFusd::deliver(const DaemonCall& call, std::string* error) {

@@ -27,9 +27,11 @@ class FakeFusd {
     FakeFusd();
 
     // The command after `fusd`: register, register-at-lookup K, kill [unpromotable],
-    // fail/heal/answer/provide, nested OP ARGS, or a callback operation OP ARGS; false and
-    // *error when it is malformed, else *action runs it.
+    // fail/heal/answer/provide, nested OP ARGS, nested-in IFACE.OP OP ARGS, or a callback
+    // operation OP ARGS; false and *error when it is malformed, else *action runs it.
     bool prepare(const std::vector<Token>& args, WorldAction* action, std::string* error);
+    // Every verb `fusd` takes, its daemon calls included.
+    static const std::vector<std::string>& verbs();
     // Runtime hook: an IFusdLbs look-up is about to be made.
     void beforeLookup(const std::string& fqName);
     // A fresh world: no daemon, no knobs, nothing pending.
@@ -58,6 +60,9 @@ class FakeFusd {
     bool registerAtLookup(const std::vector<Token>& args, WorldAction* action, std::string* error);
     bool call(const std::vector<Token>& words, bool nested, WorldAction* action,
               std::string* error);
+    // `nested-in IFACE.OP OP ARGS...`: the daemon makes the call OP from inside the library's
+    // next call of IFACE.OP.
+    bool nestedIn(const std::vector<Token>& args, WorldAction* action, std::string* error);
     bool deliver(const DaemonCall& call, std::string* error);
     android::sp<Lbs> running();  // the daemon's IFusdLbs, null while it is down
     // Runs, on the calling thread, the nested calls waiting for this callback's registration.

@@ -32,7 +32,9 @@ android::sp<T> makeFake(Party& party, const android::sp<zdhost::ServiceProcess>&
 }
 
 // An object whose setCallback keeps the callback it received (when the call went through)
-// and then tells its owner, on the caller's thread.
+// and then tells its owner, on the caller's thread. While the call is in flight, a call the
+// party makes back from inside it (`nested-in IFACE.setCallback`) goes to the callback
+// arriving, as the real party would have it in hand.
 template <typename Stub, typename Callback>
 class CallbackKeeper : public Stub {
   public:
@@ -42,7 +44,9 @@ class CallbackKeeper : public Stub {
         : Stub(std::move(recorder)), mListener(std::move(listener)) {}
 
     android::hardware::Return<void> setCallback(const android::sp<Callback>& callback) override {
+        tArriving = callback;
         android::hardware::Return<void> result = Stub::setCallback(callback);
+        tArriving = nullptr;
         if (!result.isOkUnchecked()) return result;
         {
             zdhost::schedule::touch(this, zdhost::schedule::Access::kWrite);
@@ -53,13 +57,18 @@ class CallbackKeeper : public Stub {
         return result;
     }
 
+    // The callback a setCallback in flight on this thread hands over, if any.
+    static android::sp<Callback> arriving() { return tArriving; }
+
     android::sp<Callback> callback() const {
+        if (tArriving != nullptr) return tArriving;
         zdhost::schedule::touch(this, zdhost::schedule::Access::kRead);
         std::lock_guard<std::mutex> lock(mLock);
         return mCallback;
     }
 
   private:
+    inline static thread_local android::sp<Callback> tArriving;
     const Listener mListener;
     mutable std::mutex mLock;
     android::sp<Callback> mCallback;

@@ -2,6 +2,7 @@
 
 #include <hidl/HidlSupport.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace sim {
@@ -49,11 +50,27 @@ void FakeVhal::reset() {
         mParty.setAnswer(std::string(name) + ".getHalHidlVersion", "1");
 }
 
+const std::vector<std::string>& FakeVhal::verbs() {
+    static const std::vector<std::string> kVerbs = [] {
+        std::vector<std::string> all = Party::knobVerbs();
+        for (const char* verb :
+             {"register", "unregister", "hidlVersion", "AgpsRequestSuplDns", "nested-in"}) {
+            all.push_back(verb);
+        }
+        return all;
+    }();
+    return kVerbs;
+}
+
 bool FakeVhal::prepare(const std::vector<Token>& args, WorldAction* action, std::string* error) {
     bool handled = false;
     bool ok = mParty.prepareKnob(args, &handled, action, error);
     if (handled) return ok;
     const std::string verb = args.empty() ? std::string() : args[0].text;
+    if (std::find(verbs().begin(), verbs().end(), verb) == verbs().end()) {
+        *error = "unknown command: vhal " + verb;
+        return false;
+    }
     const std::string version = args.size() == 2 ? args[1].text : std::string();
     const bool knownVersion = version == "1.0" || version == "2.0";
     if (verb == "register" || verb == "unregister") {
@@ -72,18 +89,27 @@ bool FakeVhal::prepare(const std::vector<Token>& args, WorldAction* action, std:
         return true;
     }
     if (verb == "hidlVersion") return hidlVersion(args, action, error);
-    if (verb == "AgpsRequestSuplDns") {
-        if (args.size() != 2) {
-            *error = "usage: vhal AgpsRequestSuplDns \"FQDN\"";
-            return false;
-        }
-        *action = [this, fqdn = args[1].text](std::string* error) {
-            return requestSuplDns(fqdn, error);
-        };
-        return true;
+    if (verb == "AgpsRequestSuplDns") return prepareSuplDns(args, action, error);
+    // nested-in IFACE.OP AgpsRequestSuplDns "FQDN"
+    WorldAction request;
+    if (args.size() < 3 || args[2].text != "AgpsRequestSuplDns") {
+        *error = "usage: vhal nested-in IFACE.OP AgpsRequestSuplDns \"FQDN\"";
+        return false;
     }
-    *error = "unknown command: vhal " + verb;
-    return false;
+    if (!prepareSuplDns({args.begin() + 2, args.end()}, &request, error)) return false;
+    return mParty.prepareNested(args[1].text, request, action, error);
+}
+
+bool FakeVhal::prepareSuplDns(const std::vector<Token>& args, WorldAction* action,
+                              std::string* error) {
+    if (args.size() != 2) {
+        *error = "usage: vhal AgpsRequestSuplDns \"FQDN\"";
+        return false;
+    }
+    *action = [this, fqdn = args[1].text](std::string* error) {
+        return requestSuplDns(fqdn, error);
+    };
+    return true;
 }
 
 sp<IBase>* FakeVhal::slotOf(const std::string& version) {
@@ -179,8 +205,8 @@ bool FakeVhal::hidlVersion(const std::vector<Token>& args, WorldAction* action,
 }
 
 bool FakeVhal::requestSuplDns(const std::string& name, std::string* error) {
-    sp<SuplCallback> callback;
-    {
+    sp<SuplCallback> callback = SuplFqdn::arriving();
+    if (callback == nullptr) {
         const auto lock = hold();
         callback = mSuplCallback;
     }

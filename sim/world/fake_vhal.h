@@ -22,9 +22,13 @@ class FakeVhal {
     FakeVhal();
 
     // The command after `vhal`: register/unregister 1.0|2.0, hidlVersion N,
-    // fail/heal/answer/provide, AgpsRequestSuplDns "FQDN".
-    // False and *error when it is malformed; else *action runs it.
+    // fail/heal/answer/provide, AgpsRequestSuplDns "FQDN", and
+    // nested-in IFACE.OP AgpsRequestSuplDns "FQDN" (the request made from inside the
+    // library's next call of IFACE.OP). False and *error when it is malformed; else *action
+    // runs it.
     bool prepare(const std::vector<Token>& args, WorldAction* action, std::string* error);
+    // Every verb `vhal` takes.
+    static const std::vector<std::string>& verbs();
     // A fresh world: nothing registered, no knobs, HIDL version 1.
     void reset();
 
@@ -43,6 +47,7 @@ class FakeVhal {
     bool unregisterHal(const std::string& version, std::string* error);
     bool hidlVersion(const std::vector<Token>& args, WorldAction* action, std::string* error);
     bool requestSuplDns(const std::string& fqdn, std::string* error);
+    bool prepareSuplDns(const std::vector<Token>& args, WorldAction* action, std::string* error);
     Extensions::Getter suplFqdnGetter();
     template <typename Stub>
     Extensions::Getter getter(const char* op, const char* feature, const char* name);

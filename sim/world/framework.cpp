@@ -22,6 +22,9 @@ void reachFramework(const char* operation) {
                             zdhost::schedule::Access::kWrite);
 }
 
+// The framework's party, for its plain functions, which have no object to keep it.
+Party* gParty = nullptr;
+
 // An int32_t array as the fence client received it: [a b c], or null.
 std::string fmtArray(const int32_t* values, uint32_t count) {
     if (values == nullptr) return "null";
@@ -36,16 +39,19 @@ void corvaneGeofenceAddResult(int32_t* geofenceIds, int32_t* results, uint32_t c
     reachFramework("fw corvaneCb.geofenceAddResult");
     Transcript::get().emit("fw corvaneCb.geofenceAddResult(" + fmtArray(geofenceIds, count) + ", " +
                            fmtArray(results, count) + ", " + fmt(count) + ")");
+    gParty->runNested("corvaneCb.geofenceAddResult");
 }
 
 void hookA(const hidl_string& fqdn) {
     reachFramework("fw fdCallback.hookA");
     Transcript::get().emit("fw fdCallback.hookA(" + fmt(fqdn) + ")");
+    gParty->runNested("fdCallback.hookA");
 }
 
 void hookB(const hidl_string& fqdn) {
     reachFramework("fw fdCallback.hookB");
     Transcript::get().emit("fw fdCallback.hookB(" + fmt(fqdn) + ")");
+    gParty->runNested("fdCallback.hookB");
 }
 
 // A framework object: recorded under its own name, printed as "@NAME".
@@ -59,8 +65,13 @@ sp<T> makeFrameworkObject(Party& party, const std::string& name) {
 }  // namespace
 
 Framework::Framework() {
+    gParty = &mParty;
     mParty.declare("gnssCb", RecordingIGnssCallback_V2_0::operations());
     mParty.declare("geofenceCb", RecordingIGnssGeofenceCallback_V1_0::operations());
+    for (const char* plain :
+         {"corvaneCb.geofenceAddResult", "fdCallback.hookA", "fdCallback.hookB"}) {
+        mParty.declareNestable(plain);
+    }
     mGnssCb = makeFrameworkObject<RecordingIGnssCallback_V2_0>(mParty, "gnssCb");
     mGeofenceCb = makeFrameworkObject<RecordingIGnssGeofenceCallback_V1_0>(mParty, "geofenceCb");
     mCorvaneCb = new FdCorvaneCallback_();
@@ -74,13 +85,35 @@ void Framework::reset() {
     mFdCallback.sendAgpsRequestSuplDns = hookA;
 }
 
+const std::vector<std::string>& Framework::verbs() {
+    static const std::vector<std::string> kVerbs = [] {
+        std::vector<std::string> all = Party::knobVerbs();
+        all.push_back("hook");
+        all.push_back("nested-in");
+        return all;
+    }();
+    return kVerbs;
+}
+
 bool Framework::prepare(const std::vector<Token>& args, WorldAction* action, std::string* error) {
     bool handled = false;
     bool ok = mParty.prepareKnob(args, &handled, action, error);
     if (handled) return ok;
-    if (!args.empty() && args[0].text == "hook") return setHook(args, action, error);
-    *error = "unknown command: fw " + (args.empty() ? std::string() : args[0].text);
+    const std::string verb = args.empty() ? std::string() : args[0].text;
+    if (verb == "hook") return setHook(args, action, error);
+    if (verb == "nested-in") return nestedIn(args, action, error);
+    *error = "unknown command: fw " + verb;
     return false;
+}
+
+bool Framework::nestedIn(const std::vector<Token>& args, WorldAction* action, std::string* error) {
+    WorldAction call;
+    if (args.size() < 4 || args[2].text != "call" || !mLibraryCalls) {
+        *error = "usage: fw nested-in OBJECT.OP call FUNCTION ARGS...";
+        return false;
+    }
+    if (!mLibraryCalls({args.begin() + 3, args.end()}, &call, error)) return false;
+    return mParty.prepareNested(args[1].text, call, action, error);
 }
 
 bool Framework::setHook(const std::vector<Token>& args, WorldAction* action, std::string* error) {

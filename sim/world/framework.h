@@ -19,9 +19,14 @@ class Framework {
   public:
     Framework();
 
-    // The command after `fw`: hook A|B|null, fail/heal OBJECT.OP.
-    // False and *error when it is malformed; else *action runs it.
+    // The command after `fw`: hook A|B|null, fail/heal OBJECT.OP, and
+    // nested-in OBJECT.OP call FUNCTION ARGS... (the framework calls the library from inside
+    // the library's next call of OBJECT.OP). False and *error when it is malformed; else
+    // *action runs it.
     bool prepare(const std::vector<Token>& args, WorldAction* action, std::string* error);
+    // Every verb `fw` takes.
+    static const std::vector<std::string>& verbs();
+    void setLibraryCalls(LibraryCallPreparer preparer) { mLibraryCalls = std::move(preparer); }
     // A fresh world: no knobs, hook A in the record.
     void reset();
 
@@ -36,12 +41,14 @@ class Framework {
 
   private:
     bool setHook(const std::vector<Token>& args, WorldAction* action, std::string* error);
+    bool nestedIn(const std::vector<Token>& args, WorldAction* action, std::string* error);
 
     Party mParty{"fw"};
     android::sp<android::hardware::gnss::V2_0::IGnssCallback> mGnssCb;
     android::sp<android::hardware::gnss::V1_0::IGnssGeofenceCallback> mGeofenceCb;
     android::sp<FdCorvaneCallback_> mCorvaneCb;
     FdCallback mFdCallback{};
+    LibraryCallPreparer mLibraryCalls;
 };
 
 }  // namespace sim

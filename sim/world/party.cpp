@@ -1,5 +1,9 @@
 #include "party.h"
 
+#include <zdhost/runtime.h>
+
+#include "transcript.h"
+
 namespace sim {
 
 using zdhost::schedule::Access;
@@ -7,6 +11,11 @@ using zdhost::schedule::Access;
 std::unique_lock<std::mutex> Party::use(Access access) const {
     zdhost::schedule::touch(this, access);
     return std::unique_lock<std::mutex>(mLock);
+}
+
+const std::vector<std::string>& Party::knobVerbs() {
+    static const std::vector<std::string> kVerbs = {"fail", "heal", "answer", "provide"};
+    return kVerbs;
 }
 
 void Party::declare(const std::string& iface, const std::vector<Operation>& operations) {
@@ -126,6 +135,44 @@ bool Party::provideCommand(const std::vector<Token>& args, WorldAction* action,
     return true;
 }
 
+void Party::declareNestable(const std::string& key) {
+    std::lock_guard<std::mutex> lock(mLock);
+    mNestable.insert(key);
+}
+
+bool Party::prepareNested(const std::string& key, WorldAction event, WorldAction* action,
+                          std::string* error) {
+    Operation op;
+    bool nestable = false;
+    {
+        std::lock_guard<std::mutex> lock(mLock);
+        nestable = mNestable.count(key) != 0;
+    }
+    if (!nestable && !find(key, &op, error)) return false;
+    *action = [this, key, event](std::string*) {
+        std::lock_guard<std::mutex> lock(mLock);
+        mNested.emplace(key, event);
+        return true;
+    };
+    return true;
+}
+
+void Party::runNested(const std::string& key) {
+    WorldAction event;
+    {
+        std::lock_guard<std::mutex> lock(mLock);
+        auto it = mNested.find(key);
+        if (it == mNested.end()) return;
+        event = std::move(it->second);
+        mNested.erase(it);
+    }
+    // On the calling thread: a delivery the event makes runs here, not on the pool.
+    zdhost::pool::runAsPoolThread([&] {
+        std::string error;
+        if (!event(&error)) Transcript::get().emit("refused nested in " + key + ": " + error);
+    });
+}
+
 bool Party::find(const std::string& key, Operation* found, std::string* error) const {
     size_t dot = key.rfind('.');
     std::string iface = dot == std::string::npos ? key : key.substr(0, dot);
@@ -190,6 +237,7 @@ void Party::reset() {
     mFailures.clear();
     mAnswers.clear();
     mWithheld.clear();
+    mNested.clear();
 }
 
 }  // namespace sim

@@ -23,6 +23,12 @@ enum class ResultKind { kNone, kBool, kInteger, kFloat, kObject };
 // world's state of the moment (false and *error: the daemon is not running, say).
 using WorldAction = std::function<bool(std::string* error)>;
 
+// Prepares a library call `FUNCTION ARGS...` (the words after `call`) as an action: what the
+// framework makes from inside a call the library makes into it. The scenario reader
+// supplies it, since it knows the library's functions.
+using LibraryCallPreparer =
+    std::function<bool(const std::vector<Token>& words, WorldAction* action, std::string* error)>;
+
 struct Operation {
     const char* name = "";
     ResultKind kind = ResultKind::kNone;
@@ -64,6 +70,21 @@ class Party {
     // Every declared feature (`provide FEATURE yes|no`).
     std::set<std::string> features() const;
 
+    // `nested-in IFACE.OP`: `event` runs once, on the calling thread, from inside the next
+    // call of IFACE.OP that goes through, as binder runs a call the party makes back while
+    // the library's call into it is in flight. False and *error when IFACE.OP names no
+    // operation of the party.
+    bool prepareNested(const std::string& key, WorldAction event, WorldAction* action,
+                       std::string* error);
+    // Names an operation that only `nested-in` takes: a plain function the library calls,
+    // with no knobs ("corvaneCb.geofenceAddResult").
+    void declareNestable(const std::string& key);
+    // The library's call of IFACE.OP went through: runs the event waiting for it, if any.
+    void runNested(const std::string& key);
+
+    // The verbs every party takes before its own: fail, heal, answer, provide.
+    static const std::vector<std::string>& knobVerbs();
+
     // Forgets every knob (a fresh world).
     void reset();
 
@@ -85,6 +106,8 @@ class Party {
     std::map<std::string, bool> mFailures;        // IFACE.OP -> once
     std::map<std::string, std::string> mAnswers;
     std::set<std::string> mWithheld;  // features answered with an empty reference
+    std::set<std::string> mNestable;
+    std::multimap<std::string, WorldAction> mNested;  // IFACE.OP -> events, in order
 };
 
 }  // namespace sim

@@ -25,6 +25,7 @@ bool Recorder::enter(const char* op, std::initializer_list<std::string> args) {
     reachCall(op);
     bool failed = mParty->takeFailure(key(op)) || processDead();
     emit(callText(op, std::vector<std::string>(args)), failed);
+    if (!failed) mParty->runNested(key(op));
     reachReply();
     return !failed;
 }
@@ -39,6 +40,7 @@ Return<bool> Recorder::linkToDeath(IBase* self, const sp<hidl_death_recipient>& 
         return zdhost::transportError();
     }
     emit(call, false);
+    mParty->runNested(key(op));
     if (processDead() || !answer<bool>(op, true)) return false;  // no link made
     if (mProcess == nullptr) return true;
     return mProcess->linkToDeath(recipient, cookie, wp<IBase>(self));
@@ -53,6 +55,7 @@ Return<bool> Recorder::unlinkToDeath(const sp<hidl_death_recipient>& recipient) 
         return zdhost::transportError();
     }
     emit(call, false);
+    mParty->runNested(key(op));
     if (processDead() || !answer<bool>(op, true)) return false;  // link left in place
     if (mProcess == nullptr) return true;
     return mProcess->unlinkToDeath(recipient);

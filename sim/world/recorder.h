@@ -39,6 +39,7 @@ class Recorder {
         reachCall(op);
         const bool failed = mParty->takeFailure(key(op)) || processDead();
         if (Transcript::kept()) emit(callText(op, formatArgs()), failed);
+        if (!failed) mParty->runNested(key(op));
         reachReply();
         return !failed;
     }

@@ -63,6 +63,18 @@ bool World::prepare(const std::string& head, const std::vector<Token>& args, Wor
     return false;
 }
 
+std::vector<std::string> World::verbs() {
+    std::vector<std::string> all;
+    for (const std::string& verb : FakeFusd::verbs()) all.push_back("fusd " + verb);
+    for (const std::string& verb : FakeVhal::verbs()) all.push_back("vhal " + verb);
+    for (const std::string& verb : Framework::verbs()) all.push_back("fw " + verb);
+    return all;
+}
+
+void World::setLibraryCalls(LibraryCallPreparer preparer) {
+    mParts->framework.setLibraryCalls(std::move(preparer));
+}
+
 bool World::command(const std::string& head, const std::vector<Token>& args, std::string* error) {
     WorldAction action;
     return prepare(head, args, &action, error) && action(error);

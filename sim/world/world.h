@@ -26,6 +26,10 @@ class World {
     // malformed) and gives what runs it, in whatever world is running then.
     bool prepare(const std::string& head, const std::vector<Token>& args, WorldAction* action,
                  std::string* error);
+    // Every verb each party takes, as "fusd kill", "vhal register", "fw hook" ...
+    static std::vector<std::string> verbs();
+    // How `fw nested-in OBJECT.OP call ...` prepares the library call it makes.
+    void setLibraryCalls(LibraryCallPreparer preparer);
     // Prepares and runs the command at once.
     bool command(const std::string& head, const std::vector<Token>& args, std::string* error);
     android::sp<android::hardware::gnss::V2_0::IGnssCallback> gnssCb();
