@@ -41,19 +41,33 @@ class Pool {
         mIdle.wait(lock, [this] { return mQueue.empty() && mRunning == 0; });
     }
 
-  private:
-    void startLocked() {
-        while (mWorkers.size() < mThreadCount) {
-            mWorkers.emplace_back([this] { run(); });
-            mWorkers.back().detach();
+    void stopThreads() {
+        std::vector<std::thread> workers;
+        {
+            std::unique_lock<std::mutex> lock(mLock);
+            mIdle.wait(lock, [this] { return mQueue.empty() && mRunning == 0; });
+            mStopping = true;
+            workers.swap(mWorkers);
         }
+        mWake.notify_all();
+        for (std::thread& worker : workers) worker.join();
+        std::lock_guard<std::mutex> lock(mLock);
+        mStopping = false;
+    }
+
+  private:
+    // Workers stay joinable so that stopThreads() can wait for them; the pool is never
+    // destroyed, so a worker never stopped is never joined either.
+    void startLocked() {
+        while (mWorkers.size() < mThreadCount) mWorkers.emplace_back([this] { run(); });
     }
 
     void run() {
         tOnPool = true;
         std::unique_lock<std::mutex> lock(mLock);
         for (;;) {
-            mWake.wait(lock, [this] { return !mQueue.empty(); });
+            mWake.wait(lock, [this] { return !mQueue.empty() || mStopping; });
+            if (mQueue.empty()) return;
             std::function<void()> work = std::move(mQueue.front());
             mQueue.pop_front();
             ++mRunning;
@@ -73,6 +87,7 @@ class Pool {
     std::vector<std::thread> mWorkers;
     unsigned mThreadCount = 1;
     unsigned mRunning = 0;
+    bool mStopping = false;
 
   public:
     static thread_local bool tOnPool;
@@ -108,6 +123,10 @@ void deliverCall(const std::function<void()>& call) {
 
 void drain() {
     Pool::get().drain();
+}
+
+void stopThreads() {
+    Pool::get().stopThreads();
 }
 
 void runAsPoolThread(const std::function<void()>& work) {

@@ -1,5 +1,7 @@
 #include "child_run.h"
 
+#include <dirent.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <zdhost/runtime.h>
 
@@ -9,6 +11,7 @@
 #include <string>
 
 #include "block.h"
+#include "line_channel.h"
 #include "scheduler.h"
 #include "transcript.h"
 
@@ -16,9 +19,10 @@ namespace explore {
 
 namespace {
 
-int gFd = -1;
+int gFd = -1;  // -1 in a block's server, which sends nothing of what it plays
 
 void send(const std::string& message) {
+    if (gFd < 0) return;
     std::string line = message + "\n";
     const char* data = line.data();
     size_t left = line.size();
@@ -238,36 +242,36 @@ bool parseRequest(const char* text, size_t size, RunRequest* r, PlannedPolicy* p
     return true;
 }
 
-void runChild(const sim::Scenario& scenario, const RunRequest& request, PlannedPolicy* planned,
-              int fd) {
-    gFd = fd;
-    alarm(request.watchdogSeconds);
+namespace {
+
+// A planned run's policy is `planned`, read with its request; any other is made here.
+Policy* policyOf(const RunRequest& request, PlannedPolicy* planned,
+                 std::unique_ptr<Policy>* owned) {
+    if (request.mode == RunRequest::Mode::kPlanned) return planned;
+    *owned = policyFor(request);
+    return owned->get();
+}
+
+// The explored block under `policy`, the run's messages from its B to its E.
+void playExplored(const sim::Block& block, const RunRequest& request, Policy* policy) {
+    send("B");
+    Scheduler scheduler(*policy, exploredEvents(), request.stepBound);
+    scheduler.run(branchWork(block, &scheduler));
+    std::string why;
+    if (!policy->fitted(&why)) stopRun(Stop::kDiverged, why);
+    send("E");
+}
+
+void listenToTranscript() {
     sim::Transcript::get().setEcho(false);
     sim::Transcript::get().setListener([](int, const std::string& line) {
         const std::string key = Scheduler::currentOperation();
         send("T " + (key.empty() ? std::string("0") : key) + " " + line);
     });
-    std::unique_ptr<Policy> owned;
-    Policy* policy = planned;
-    if (request.mode != RunRequest::Mode::kPlanned) {
-        owned = policyFor(request);
-        policy = owned.get();
-    }
-    auto playBlock = [&](const sim::Block& block, size_t ordinal, std::string*) {
-        if (ordinal != request.block) {
-            playInOrder(block, request);
-            return true;
-        }
-        send("B");
-        Scheduler scheduler(*policy, exploredEvents(), request.stepBound);
-        scheduler.run(branchWork(block, &scheduler));
-        std::string why;
-        if (!policy->fitted(&why)) stopRun(Stop::kDiverged, why);
-        send("E");
-        return true;
-    };
-    std::ostringstream report;
-    const int code = sim::runScenarioWith(scenario, request.checkExpectations, playBlock, report);
+}
+
+// The run's last message, by how the scenario ended.
+[[noreturn]] void finish(int code, const std::ostringstream& report) {
     if (code != sim::kExitOk) {
         std::string text = report.str();
         while (!text.empty() && text.back() == '\n') text.pop_back();
@@ -277,6 +281,111 @@ void runChild(const sim::Scenario& scenario, const RunRequest& request, PlannedP
     }
     send("X");
     _exit(0);
+}
+
+bool singleThreaded() {
+    DIR* tasks = opendir("/proc/self/task");
+    if (tasks == nullptr) return false;
+    int count = 0;
+    while (const dirent* entry = readdir(tasks)) {
+        if (entry->d_name[0] != '.') ++count;
+    }
+    closedir(tasks);
+    return count == 1;
+}
+
+// The server's loop: forks a run for each pair of descriptors that comes over `control`,
+// waits for it and answers its wait status. Returns in the run's process only, with the
+// run's descriptors. Nothing here takes memory of the heap, so every run is forked from
+// the same memory.
+void forkRuns(int control, int errorFd, int fds[2]) {
+    for (;;) {
+        if (!receivePair(control, fds)) _exit(0);
+        const pid_t pid = fork();
+        if (pid == 0) {
+            close(control);
+            if (errorFd >= 0) dup2(errorFd, STDERR_FILENO);
+            return;
+        }
+        close(fds[0]);
+        close(fds[1]);
+        int status = 0;
+        if (pid < 0 || waitpid(pid, &status, 0) != pid) status = -1;
+        if (!writeAll(control, &status, sizeof(status))) _exit(0);
+    }
+}
+
+// A run's request, read without the heap: see PlannedPolicy.
+char gRequest[1 << 22];
+
+bool readRequest(int fd, RunRequest* request, PlannedPolicy* planned) {
+    size_t size = 0;
+    for (;;) {
+        const ssize_t got = read(fd, gRequest + size, sizeof(gRequest) - size);
+        if (got <= 0) break;
+        size += static_cast<size_t>(got);
+    }
+    close(fd);
+    return size < sizeof(gRequest) && parseRequest(gRequest, size, request, planned);
+}
+
+}  // namespace
+
+void runChild(const sim::Scenario& scenario, const RunRequest& request, PlannedPolicy* planned,
+              int fd) {
+    gFd = fd;
+    alarm(request.watchdogSeconds);
+    listenToTranscript();
+    std::unique_ptr<Policy> owned;
+    Policy* policy = policyOf(request, planned, &owned);
+    auto playBlock = [&](const sim::Block& block, size_t ordinal, std::string*) {
+        if (ordinal != request.block) {
+            playInOrder(block, request);
+        } else {
+            playExplored(block, request, policy);
+        }
+        return true;
+    };
+    std::ostringstream report;
+    finish(sim::runScenarioWith(scenario, request.checkExpectations, playBlock, report), report);
+}
+
+void runRequested(const sim::Scenario& scenario, int requestFd, int messageFd) {
+    RunRequest request;
+    PlannedPolicy planned;
+    if (!readRequest(requestFd, &request, &planned)) _exit(5);
+    runChild(scenario, request, &planned, messageFd);
+}
+
+void serveBlock(const sim::Scenario& scenario, const RunRequest& first, int control, int errorFd) {
+    alarm(first.watchdogSeconds);
+    listenToTranscript();
+    auto playBlock = [&](const sim::Block& block, size_t ordinal, std::string*) {
+        if (ordinal != first.block) {
+            playInOrder(block, first);
+            return true;
+        }
+        alarm(0);
+        zdhost::pool::stopThreads();
+        if (!singleThreaded() || !writeAll(control, "R", 1)) _exit(0);
+        int fds[2];
+        forkRuns(control, errorFd, fds);
+        RunRequest request;
+        PlannedPolicy planned;
+        if (!readRequest(fds[0], &request, &planned)) _exit(5);
+        gFd = fds[1];
+        alarm(request.watchdogSeconds);
+        if (request.block != first.block || request.stepBound != first.stepBound ||
+            request.checkExpectations != first.checkExpectations) {
+            stopRun(Stop::kDiverged, "the run asks for other settings than its server plays");
+        }
+        std::unique_ptr<Policy> owned;
+        Policy* policy = policyOf(request, &planned, &owned);
+        playExplored(block, request, policy);
+        return true;
+    };
+    std::ostringstream report;
+    finish(sim::runScenarioWith(scenario, first.checkExpectations, playBlock, report), report);
 }
 
 }  // namespace explore

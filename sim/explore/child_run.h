@@ -1,5 +1,8 @@
-// One run of a scenario in a process of its own, forked by the explorer before any thread
-// starts, so that every run begins with a freshly loaded library. The child plays the
+// One run of a scenario in a process of its own, so that every run begins from the same
+// state of the library and keeps nothing of an earlier run. A block's server plays the
+// scenario up to the explored block once, ends the runtime's threads there and forks each
+// run from that point (serveBlock); where no server reaches the block, a run is forked from
+// the explorer and plays the whole scenario (runChild). Either way the run plays the
 // explored block under the scheduler, the scenario's other blocks in their written order,
 // and streams what happens to the explorer over a pipe, one message a line:
 //   D INDEX CHOSEN FALLBACK CURRENT THREAD/BRANCH/COST/EARLY...   a decision
@@ -48,8 +51,23 @@ struct RunRequest {
 std::string formatRequest(const RunRequest& request);
 bool parseRequest(const char* text, size_t size, RunRequest* request, PlannedPolicy* planned);
 
-// `planned`: the policy of a kPlanned request.
+// Plays the whole scenario as one run. `planned`: the policy of a kPlanned request.
 [[noreturn]] void runChild(const sim::Scenario& scenario, const RunRequest& request,
                            PlannedPolicy* planned, int fd);
+
+// Reads a request from `requestFd` into fixed storage, then runs it as runChild does.
+[[noreturn]] void runRequested(const sim::Scenario& scenario, int requestFd, int messageFd);
+
+// A block's server. Plays the scenario up to `first.block`, the earlier blocks under
+// `first`'s step bound and expectation checks, which all of its runs share; there it ends
+// the runtime's threads, writes R to `control` and, for each pair of descriptors it
+// receives over `control` (the run's request to read, its messages to write), forks a run
+// that goes on from the block, waits for it and writes its wait status, an int, back. The
+// runs' standard error goes to `errorFd`. A server that cannot reach the block, or is not
+// single-threaded there, ends without its R. Between two forks the server changes no
+// memory, so the objects a run makes have the same addresses in every run that takes the
+// same steps.
+[[noreturn]] void serveBlock(const sim::Scenario& scenario, const RunRequest& first, int control,
+                             int errorFd);
 
 }  // namespace explore

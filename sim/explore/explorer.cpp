@@ -13,7 +13,6 @@
 #include "dpor.h"
 #include "finding_report.h"
 #include "launcher.h"
-#include "scheduler.h"
 
 namespace explore {
 
@@ -584,13 +583,6 @@ int BlockExplorer::replay() {
         mOut << where() << ": schedule " << mOptions.schedule << " on block " << mOrdinal + 1
              << ": no finding\n";
         if (!mOptions.quiet) printColumns(mOut, result, "  ");
-        if (getenv("ZD_DUMP_STEPS"))
-            for (const Step& st : result.steps) {
-                mOut << "STEP " << formatStep(st);
-                for (const Access& a : st.accesses)
-                    mOut << " [" << objectName(reinterpret_cast<const void*>(a.id)) << "]";
-                mOut << "\n";
-            }
         return 0;
     }
     return 1;

@@ -4,8 +4,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <string>
+
+#include "line_channel.h"
 
 namespace explore {
 
@@ -22,89 +23,55 @@ std::string readAll(int fd) {
     return text;
 }
 
-bool writeAll(int fd, const void* data, size_t size) {
-    const char* at = static_cast<const char*>(data);
-    while (size > 0) {
-        const ssize_t written = write(fd, at, size);
-        if (written <= 0) return false;
-        at += written;
-        size -= static_cast<size_t>(written);
-    }
-    return true;
+RunResult failed(const std::string& detail) {
+    RunResult result;
+    result.stopKind = "error";
+    result.stopDetail = detail;
+    return result;
 }
 
-// A one-byte message with room for two descriptors: two descriptors go over a local
-// socket with no use of the heap on either side.
-struct PairMessage {
-    char byte = 'r';
-    iovec data{&byte, 1};
-    alignas(cmsghdr) char control[CMSG_SPACE(2 * sizeof(int))] = {};
-    msghdr message{};
+void closeBoth(int fds[2]) {
+    close(fds[0]);
+    close(fds[1]);
+}
 
-    PairMessage() {
-        message.msg_iov = &data;
-        message.msg_iovlen = 1;
-        message.msg_control = control;
-        message.msg_controllen = sizeof(control);
-    }
-    PairMessage(const PairMessage&) = delete;
-    PairMessage& operator=(const PairMessage&) = delete;
+// What the root is asked to fork, with the descriptors that come with it: a whole run (its
+// request to read, its messages to write), or a block's server (its control socket, twice).
+struct Order {
+    char kind = 'W';  // W a whole run, S a server for the settings below
+    bool checkExpectations = false;
+    uint32_t watchdogSeconds = 0;
+    uint64_t block = 0;
+    uint64_t stepBound = 0;
 };
 
-bool sendPair(int socket, const int fds[2]) {
-    PairMessage m;
-    cmsghdr* header = CMSG_FIRSTHDR(&m.message);
-    header->cmsg_level = SOL_SOCKET;
-    header->cmsg_type = SCM_RIGHTS;
-    header->cmsg_len = CMSG_LEN(2 * sizeof(int));
-    memcpy(CMSG_DATA(header), fds, 2 * sizeof(int));
-    return sendmsg(socket, &m.message, 0) == 1;
-}
-
-bool receivePair(int socket, int fds[2]) {
-    PairMessage m;
-    if (recvmsg(socket, &m.message, 0) != 1) return false;
-    cmsghdr* header = CMSG_FIRSTHDR(&m.message);
-    if (header == nullptr || header->cmsg_type != SCM_RIGHTS) return false;
-    memcpy(fds, CMSG_DATA(header), 2 * sizeof(int));
-    return true;
-}
-
-// A run's request, read without the heap: see PlannedPolicy.
-char gRequest[1 << 22];
-
-[[noreturn]] void runRequested(const sim::Scenario& scenario, int requestFd, int messageFd) {
-    size_t size = 0;
-    for (;;) {
-        const ssize_t got = read(requestFd, gRequest + size, sizeof(gRequest) - size);
-        if (got <= 0) break;
-        size += static_cast<size_t>(got);
-    }
-    close(requestFd);
-    RunRequest request;
-    PlannedPolicy planned;
-    if (size == sizeof(gRequest) || !parseRequest(gRequest, size, &request, &planned)) _exit(5);
-    runChild(scenario, request, &planned, messageFd);
-}
-
-// The server: for each pair of descriptors (the run's request to read, its messages to
-// write), forks the run, waits for it and answers its wait status. Between runs it uses
-// no memory of the heap, so that each run is forked from the same state.
-[[noreturn]] void serve(const sim::Scenario& scenario, int control, int errorFd) {
+// The root: forks what each order asks for. It waits for a whole run and answers its wait
+// status; it waits for a server until the server ends, which it does when the launcher
+// closes its control socket. It takes nothing of the heap.
+[[noreturn]] void root(const sim::Scenario& scenario, int socket, int errorFd) {
     for (;;) {
         int fds[2];
-        if (!receivePair(control, fds)) _exit(0);
+        Order order;
+        if (!receivePair(socket, fds, &order, sizeof(order))) _exit(0);
         const pid_t pid = fork();
         if (pid == 0) {
-            close(control);
+            close(socket);
+            if (order.kind == 'S') {
+                close(fds[1]);
+                RunRequest first;
+                first.block = order.block;
+                first.stepBound = order.stepBound;
+                first.checkExpectations = order.checkExpectations;
+                first.watchdogSeconds = order.watchdogSeconds;
+                serveBlock(scenario, first, fds[0], errorFd);
+            }
             if (errorFd >= 0) dup2(errorFd, STDERR_FILENO);
             runRequested(scenario, fds[0], fds[1]);
         }
-        close(fds[0]);
-        close(fds[1]);
+        closeBoth(fds);
         int status = 0;
         if (pid < 0 || waitpid(pid, &status, 0) != pid) status = -1;
-        if (!writeAll(control, &status, sizeof(status))) _exit(0);
+        if (order.kind == 'W' && !writeAll(socket, &status, sizeof(status))) _exit(0);
     }
 }
 
@@ -115,64 +82,105 @@ Launcher::Launcher(const sim::Scenario& scenario) : mErrors(tmpfile()) {
     if (socketpair(AF_UNIX, SOCK_STREAM, 0, sockets) != 0) return;
     fflush(stdout);
     fflush(stderr);
-    mServer = fork();
-    if (mServer == 0) {
+    mRoot = fork();
+    if (mRoot == 0) {
         close(sockets[0]);
-        serve(scenario, sockets[1], mErrors != nullptr ? fileno(mErrors) : -1);
+        root(scenario, sockets[1], mErrors != nullptr ? fileno(mErrors) : -1);
     }
     close(sockets[1]);
-    mControl = mServer > 0 ? sockets[0] : -1;
-    if (mControl < 0) close(sockets[0]);
+    mRootSocket = mRoot > 0 ? sockets[0] : -1;
+    if (mRootSocket < 0) close(sockets[0]);
 }
 
 Launcher::~Launcher() {
-    if (mControl >= 0) close(mControl);
-    if (mServer > 0) waitpid(mServer, nullptr, 0);
+    stopServer();
+    if (mRootSocket >= 0) close(mRootSocket);
+    if (mRoot > 0) waitpid(mRoot, nullptr, 0);
     if (mErrors != nullptr) fclose(mErrors);
 }
 
+bool Launcher::serves(const RunRequest& request) const {
+    return mServer.control >= 0 && mServer.block == request.block &&
+           mServer.stepBound == request.stepBound &&
+           mServer.checkExpectations == request.checkExpectations;
+}
+
+void Launcher::startServer(const RunRequest& request) {
+    stopServer();
+    int sockets[2];
+    if (mRootSocket < 0 || socketpair(AF_UNIX, SOCK_STREAM, 0, sockets) != 0) return;
+    Order order;
+    order.kind = 'S';
+    order.checkExpectations = request.checkExpectations;
+    order.watchdogSeconds = request.watchdogSeconds;
+    order.block = request.block;
+    order.stepBound = request.stepBound;
+    const int theirs[2] = {sockets[1], sockets[1]};
+    const bool sent = sendPair(mRootSocket, theirs, &order, sizeof(order));
+    close(sockets[1]);
+    mServer.control = sockets[0];
+    mServer.block = request.block;
+    mServer.stepBound = request.stepBound;
+    mServer.checkExpectations = request.checkExpectations;
+    char ready = 0;
+    mServer.atBlock = sent && read(mServer.control, &ready, 1) == 1 && ready == 'R';
+}
+
+void Launcher::stopServer() {
+    if (mServer.control >= 0) close(mServer.control);
+    mServer = Server{};
+}
+
 RunResult Launcher::run(const RunRequest& request) {
-    RunResult result;
+    if (!serves(request)) startServer(request);
+    if (mServer.atBlock) return runOn(mServer.control, request, false);
+    return runOn(mRootSocket, request, true);
+}
+
+RunResult Launcher::runOn(int socket, const RunRequest& request, bool whole) {
     int requests[2];
     int messages[2];
-    if (mControl < 0 || pipe(requests) != 0) {
-        result.stopKind = "error";
-        result.stopDetail = "no server for the run";
-        return result;
-    }
+    if (socket < 0) return failed("no process to fork the run");
+    if (pipe(requests) != 0) return failed("no pipe for the run");
     if (pipe(messages) != 0) {
-        close(requests[0]);
-        close(requests[1]);
-        result.stopKind = "error";
-        result.stopDetail = "no pipe for the run";
-        return result;
+        closeBoth(requests);
+        return failed("no pipe for the run");
     }
-    const int errorFd = mErrors != nullptr ? fileno(mErrors) : -1;
-    if (errorFd >= 0 && ftruncate(errorFd, 0) == 0) lseek(errorFd, 0, SEEK_SET);
+    clearErrors();
     const int theirs[2] = {requests[0], messages[1]};
-    const bool sent = sendPair(mControl, theirs);
+    const Order order;  // a whole run
+    const bool sent =
+        whole ? sendPair(socket, theirs, &order, sizeof(order)) : sendPair(socket, theirs);
     close(requests[0]);
     close(messages[1]);
     const std::string text = formatRequest(request);
     if (sent) writeAll(requests[1], text.data(), text.size());
     close(requests[1]);
+    RunResult result;
     readMessages(readAll(messages[0]), &result);
     close(messages[0]);
     int status = -1;
-    ssize_t got = 0;
-    if (sent) got = read(mControl, &status, sizeof(status));
-    if (got != static_cast<ssize_t>(sizeof(status)) || status == -1) {
-        result.stopKind = "error";
-        result.stopDetail = "the run's server did not answer";
-        return result;
+    if (!sent || read(socket, &status, sizeof(status)) != sizeof(status) || status == -1) {
+        if (!whole) stopServer();
+        return failed("the process that forks the runs did not answer");
     }
-    if (WIFSIGNALED(status)) result.signal = WTERMSIG(status);
-    if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
-    if (errorFd >= 0) {
-        lseek(errorFd, 0, SEEK_SET);
-        result.errorOutput = readAll(errorFd);
-    }
+    finish(status, &result);
     return result;
+}
+
+void Launcher::clearErrors() {
+    if (mErrors != nullptr && ftruncate(fileno(mErrors), 0) == 0) {
+        lseek(fileno(mErrors), 0, SEEK_SET);
+    }
+}
+
+void Launcher::finish(int status, RunResult* result) {
+    if (WIFSIGNALED(status)) result->signal = WTERMSIG(status);
+    if (WIFEXITED(status)) result->exitCode = WEXITSTATUS(status);
+    if (mErrors != nullptr) {
+        lseek(fileno(mErrors), 0, SEEK_SET);
+        result->errorOutput = readAll(fileno(mErrors));
+    }
 }
 
 }  // namespace explore

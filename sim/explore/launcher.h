@@ -1,9 +1,11 @@
-// Runs each run in a process of its own, so that every run begins with the library freshly
-// loaded and no state of an earlier run. The runs are forked by a server process that the
-// launcher forks once, before it has started any thread, and that does nothing between
-// runs: every run begins from the very same memory, so the objects a run makes have the
-// same addresses in every run that takes the same steps, and a step of one run can be
-// compared with a step of another.
+// Runs each run in a process of its own, so that every run begins from the same state and
+// keeps nothing of an earlier run. The launcher forks a root process once, before it has
+// started any thread, that does nothing but fork on request: a block's server, which plays
+// the scenario up to the block once and forks the block's runs there (see serveBlock), or,
+// where no server reaches the block, a run that plays the whole scenario. Neither the root
+// nor a server changes its memory between two forks, so every run of a block begins from
+// the very same memory: the objects a run makes have the same addresses in every run that
+// takes the same steps, and a step of one run can be compared with a step of another.
 #pragma once
 
 #include <sys/types.h>
@@ -22,9 +24,27 @@ class Launcher {
     RunResult run(const RunRequest& request);
 
   private:
+    // A server plays the scenario up to one block under one step bound and one choice of
+    // expectation checks; a run that asks for others needs another server.
+    struct Server {
+        int control = -1;  // each run's pipes go over it, the run's status comes back
+        bool atBlock = false;
+        size_t block = 0;
+        size_t stepBound = 0;
+        bool checkExpectations = false;
+    };
+    bool serves(const RunRequest& request) const;
+    void startServer(const RunRequest& request);
+    void stopServer();
+    // Runs `request` on `socket`: the block's server, or the root for a whole run.
+    RunResult runOn(int socket, const RunRequest& request, bool whole);
+    void clearErrors();
+    void finish(int status, RunResult* result);
+
     FILE* mErrors;  // the runs' standard error, read back after each run
-    pid_t mServer = -1;
-    int mControl = -1;  // to the server: each run's pipes go over it, the run's status comes back
+    pid_t mRoot = -1;
+    int mRootSocket = -1;
+    Server mServer;
 };
 
 }  // namespace explore

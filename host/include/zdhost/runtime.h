@@ -46,6 +46,9 @@ namespace pool {
 void post(std::function<void()> work);
 void deliverCall(const std::function<void()>& call);  // runs on the pool, waits for it
 void drain();                                         // waits until nothing is queued or running
+// Drains, then ends the pool's threads and waits for them; the next post starts them again.
+// A process with nothing else running is then single-threaded, as fork() wants it.
+void stopThreads();
 void setThreadCount(unsigned count);  // before first use; default 1 keeps delivery in order
 // Runs `work` on the calling thread as if it were a pool thread: calls it delivers into
 // the library run inline, as a hwbinder thread's would.
