@@ -57,6 +57,7 @@ std::string objectName(const void* address) {
 Scheduler::Scheduler(Policy& policy, Events events, size_t stepBound)
     : mPolicy(policy), mEvents(std::move(events)), mStepBound(stepBound) {
     sem_init(&mDone, 0, 0);
+    sem_init(&mStarted, 0, 0);
 }
 
 Scheduler::~Scheduler() {
@@ -65,6 +66,7 @@ Scheduler::~Scheduler() {
         sem_destroy(&thread->turn);
     }
     sem_destroy(&mDone);
+    sem_destroy(&mStarted);
 }
 
 void Scheduler::run(const std::vector<Branch>& branches) {
@@ -76,7 +78,9 @@ void Scheduler::run(const std::vector<Branch>& branches) {
     reschedule(nullptr);
     sem_wait(&mDone);
     zdhost::schedule::install(nullptr);
-    for (auto& thread : mThreads) thread->os.join();
+    for (auto& thread : mThreads) {
+        if (thread->os.joinable()) thread->os.join();
+    }
 }
 
 Scheduler::Thread* Scheduler::start(int branch, std::function<void()> work,
@@ -91,11 +95,17 @@ Scheduler::Thread* Scheduler::start(int branch, std::function<void()> work,
     Thread* raw = thread.get();
     mThreads.push_back(std::move(thread));
     raw->os = std::thread([this, raw] { body(raw); });
+    // A new thread sets itself up (the runtime's and the allocator's per-thread state)
+    // before it waits for its turn; waiting for that keeps its set-up from running beside
+    // the creator's step, where it would take heap memory in another order in each run.
+    sem_wait(&mStarted);
     return raw;
 }
 
 void Scheduler::body(Thread* self) {
+    sem_post(&mStarted);
     sem_wait(&self->turn);
+    joinExited(self);
     tSelf = self;
     began(self);
     zdhost::schedule::setControlled(true);
@@ -309,8 +319,23 @@ void Scheduler::beginStep(Thread* next, long decision) {
 
 void Scheduler::handOver(Thread* me, Thread* next) {
     if (next == me) return;
+    const bool finished = me != nullptr && me->state == State::kFinished;
+    if (finished) mExiting = me;
     sem_post(&next->turn);
-    if (me != nullptr && me->state != State::kFinished) sem_wait(&me->turn);
+    if (me == nullptr || finished) return;
+    sem_wait(&me->turn);
+    joinExited(me);
+}
+
+// A thread that finished still runs its exit (thread-local destructors, the allocator
+// taking back the memory it cached) after it handed over. The thread it handed over to
+// waits for that exit before it goes on, so that the exit happens at the same point of
+// every run and a run's heap objects get the same addresses in every run of its schedule.
+void Scheduler::joinExited(Thread* self) {
+    if (mExiting == nullptr || mExiting == self) return;
+    Thread* exiting = mExiting;
+    mExiting = nullptr;
+    exiting->os.join();
 }
 
 std::string Scheduler::waitsDescription() const {

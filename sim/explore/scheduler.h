@@ -104,6 +104,7 @@ class Scheduler : public zdhost::schedule::Controller {
     void handOver(Thread* me, Thread* next);
     std::string waitsDescription() const;
     void noteRemoteCall(const Thread* me);
+    void joinExited(Thread* self);
 
     Policy& mPolicy;
     Events mEvents;
@@ -111,12 +112,14 @@ class Scheduler : public zdhost::schedule::Controller {
     std::vector<std::unique_ptr<Thread>> mThreads;
     std::map<const void*, Thread*> mOwners;
     std::map<std::string, int> mSpawns;  // deliveries set off so far, by causing operation
+    Thread* mExiting = nullptr;          // finished, handed over, its exit not yet waited for
     uint64_t mNow = 0;
     size_t mSteps = 0;
     size_t mDecisions = 0;
     Step mStep;  // the running thread's step so far
     bool mStepOpen = false;
     sem_t mDone;
+    sem_t mStarted;  // a new thread has set itself up
 };
 
 // A name for a mutex or atomic of the library: its symbol, with an offset inside it.
