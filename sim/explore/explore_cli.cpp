@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "explorer.h"
+#include "measure.h"
 
 namespace explore {
 
@@ -35,7 +36,9 @@ constexpr const char* kUsage =
     "  --step-bound N    scheduling points per run before it is a finding (default 20000)\n"
     "  --schedule S      one run of schedule S (as a finding prints it) on --block K\n"
     "  --each-run        print every run's schedule as it ends\n"
-    "  --quiet           with --schedule, leave out the transcript of a run without finding\n";
+    "  --quiet           with --schedule, leave out the transcript of a run without finding\n"
+    "  --measure         also print the runs per second, and the cost of a bare fork and\n"
+    "                    _exit of this binary timed in the same run\n";
 
 bool number(const std::string& text, uint64_t* value) {
     char* end = nullptr;
@@ -60,6 +63,8 @@ bool flag(const std::string& arg, Options* options) {
         options->eachRun = true;
     } else if (arg == "--compare-dfs") {
         options->compareDfs = true;
+    } else if (arg == "--measure") {
+        options->measure = true;
     } else {
         return false;
     }
@@ -134,6 +139,7 @@ int exploreMain(const std::vector<std::string>& args) {
         std::cerr << options.file << ": no concurrent block to explore\n";
         return sim::kExitBadScenario;
     }
+    if (options.measure) return measure(scenario, blocks, options, std::cout);
     return explore(scenario, blocks, options, std::cout);
 }
 

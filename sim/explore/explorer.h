@@ -32,6 +32,7 @@ struct Options {
     bool check = false;        // exit 1 on a finding the block does not declare
     bool quiet = false;        // print summaries and findings only
     bool eachRun = false;      // also print every run's schedule
+    bool measure = false;      // also print the throughput against a bare fork (measure.h)
     bool compareDfs = false;   // also run plain depth-first search at kFallbackBound and
                                // hold it against the block's search
     double budget = 0;         // seconds for the whole file; 0: no limit

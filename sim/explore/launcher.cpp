@@ -131,9 +131,21 @@ void Launcher::stopServer() {
     mServer = Server{};
 }
 
+namespace {
+Launcher::Counts gCounts;
+}  // namespace
+
+Launcher::Counts Launcher::counts() {
+    return gCounts;
+}
+
 RunResult Launcher::run(const RunRequest& request) {
     if (!serves(request)) startServer(request);
-    if (mServer.atBlock) return runOn(mServer.control, request, false);
+    if (mServer.atBlock) {
+        ++gCounts.atBlock;
+        return runOn(mServer.control, request, false);
+    }
+    ++gCounts.fromStart;
     return runOn(mRootSocket, request, true);
 }
 

@@ -23,6 +23,13 @@ class Launcher {
     ~Launcher();
     RunResult run(const RunRequest& request);
 
+    // How the runs of every launcher of this process were started, for measurements.
+    struct Counts {
+        size_t atBlock = 0;    // forked by a block's server
+        size_t fromStart = 0;  // forked by the root, playing the whole scenario
+    };
+    static Counts counts();
+
   private:
     // A server plays the scenario up to one block under one step bound and one choice of
     // expectation checks; a run that asks for others needs another server.
