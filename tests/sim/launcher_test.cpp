@@ -21,6 +21,16 @@
 namespace explore {
 namespace {
 
+// ThreadSanitizer's runtime starts a thread of its own, so a server is never single-threaded
+// at the block and every run plays the whole scenario (the explorer is not built with it).
+#if defined(__SANITIZE_THREAD__)
+constexpr bool kServersForkAtTheBlock = false;
+#elif defined(__has_feature)
+constexpr bool kServersForkAtTheBlock = !__has_feature(thread_sanitizer);
+#else
+constexpr bool kServersForkAtTheBlock = true;
+#endif
+
 // Counts, in memory shared with the runs' processes, how often the steps before the block
 // were played.
 std::atomic<int>* prefixPlays() {
@@ -99,6 +109,7 @@ class LauncherTest : public ::testing::Test {
 };
 
 TEST_F(LauncherTest, RunsOfOneScheduleSeeTheSameAddressesWhateverRanBetween) {
+    if (!kServersForkAtTheBlock) GTEST_SKIP() << "no server can fork at the block here";
     const sim::Scenario scenario = probeScenario(false);
     Launcher launcher(scenario);
     const RunResult first = launcher.run(planned({}));
