@@ -12,17 +12,6 @@ namespace explore {
 
 namespace {
 
-std::string readAll(int fd) {
-    std::string text;
-    char buffer[65536];
-    for (;;) {
-        ssize_t got = read(fd, buffer, sizeof(buffer));
-        if (got <= 0) break;
-        text.append(buffer, static_cast<size_t>(got));
-    }
-    return text;
-}
-
 RunResult failed(const std::string& detail) {
     RunResult result;
     result.stopKind = "error";

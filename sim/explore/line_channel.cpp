@@ -68,4 +68,15 @@ bool receivePair(int socket, int fds[2], void* data, size_t size) {
     return true;
 }
 
+std::string readAll(int fd) {
+    std::string text;
+    char buffer[65536];
+    for (;;) {
+        const ssize_t got = read(fd, buffer, sizeof(buffer));
+        if (got <= 0) break;
+        text.append(buffer, static_cast<size_t>(got));
+    }
+    return text;
+}
+
 }  // namespace explore

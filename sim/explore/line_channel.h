@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 namespace explore {
 
@@ -13,5 +14,7 @@ bool sendPair(int socket, const int fds[2], const void* data = nullptr, size_t s
 // The two descriptors, and the bytes that came with them into `data`, which has room for
 // `size`; false when the socket is closed or the message is not a pair.
 bool receivePair(int socket, int fds[2], void* data = nullptr, size_t size = 0);
+// Everything `fd` gives until its end, on the explorer's side (it takes heap memory).
+std::string readAll(int fd);
 
 }  // namespace explore

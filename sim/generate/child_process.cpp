@@ -5,22 +5,9 @@
 
 #include <cstdio>
 
+#include "line_channel.h"
+
 namespace gen {
-
-namespace {
-
-std::string readAll(int fd) {
-    std::string text;
-    char buffer[65536];
-    for (;;) {
-        const ssize_t got = read(fd, buffer, sizeof(buffer));
-        if (got <= 0) break;
-        text.append(buffer, static_cast<size_t>(got));
-    }
-    return text;
-}
-
-}  // namespace
 
 void writeLine(int fd, const std::string& line) {
     const std::string text = line + "\n";
@@ -52,14 +39,14 @@ ChildOutput runInChild(const std::function<int(int fd)>& work, unsigned seconds)
         _exit(work(fds[1]));
     }
     close(fds[1]);
-    output.messages = readAll(fds[0]);
+    output.messages = explore::readAll(fds[0]);
     close(fds[0]);
     int status = 0;
     waitpid(pid, &status, 0);
     if (WIFSIGNALED(status)) output.signal = WTERMSIG(status);
     if (WIFEXITED(status)) output.exitCode = WEXITSTATUS(status);
     rewind(errors);
-    output.errors = readAll(fileno(errors));
+    output.errors = explore::readAll(fileno(errors));
     fclose(errors);
     return output;
 }
