@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Injects each concurrency fault of tests/explore/faults/ into the library, one at a time,
-# and runs the explore scenarios against it in the asan-ubsan build. A fault is found when
+# and runs the explore scenarios against it in the explore build. A fault is found when
 # it breaks some scenario's `explore --check`: a finding the scenario does not declare, or
 # another number of the distinct findings it declares. With --tsan it
 # also runs, for each fault, the same scenarios on real threads and the chaos test in the
@@ -35,9 +35,9 @@ if ! git diff --quiet -- provider hal; then
   exit 2
 fi
 trap 'git checkout -- provider hal' EXIT
-sim=build/asan-ubsan/sim/zdgnss-sim
-cmake --preset asan-ubsan >/dev/null
-presets=(asan-ubsan)
+sim=build/explore/sim/zdgnss-sim
+cmake --preset explore >/dev/null
+presets=(explore)
 if $tsan; then cmake --preset tsan >/dev/null; presets+=(tsan); fi
 
 # Builds quietly; a failed build (a fault that no longer compiles) prints its errors.
@@ -51,7 +51,7 @@ quiet_build() {
 }
 
 build() {
-  quiet_build asan-ubsan zdgnss-sim
+  quiet_build explore zdgnss-sim
   if $tsan; then quiet_build tsan zdgnss-sim chaos_test; fi
 }
 
@@ -127,7 +127,7 @@ if $generated; then
   # The unchanged build, with the shared libraries it loads, for telling a fault's findings
   # from the library's own; and the footprints both builds generate their blocks from.
   mkdir "$baseline/bin"
-  cp "$sim" build/asan-ubsan/libzdgnssprovider.so build/asan-ubsan/host/libzdhidl.so "$baseline/bin"
+  cp "$sim" build/explore/libzdgnssprovider.so build/explore/host/libzdhidl.so "$baseline/bin"
   printf '#!/bin/sh\nLD_LIBRARY_PATH="%s/bin" exec "%s/bin/zdgnss-sim" "$@"\n' \
     "$baseline" "$baseline" >"$baseline/zdgnss-sim"
   chmod +x "$baseline/zdgnss-sim"

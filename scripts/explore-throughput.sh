@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The schedule explorer's throughput over the explore suite: every tests/explore/*.scn
-# explored with `zdgnss-sim explore --measure`, one file after another, in the asan-ubsan
+# explored with `zdgnss-sim explore --measure`, one file after another, in the explore
 # build the test command explores with. Prints each file's runs per second and the cost of
 # a bare fork and _exit of the same binary timed in the same run, then the whole suite's
 # runs over wall seconds against the bare fork. No target is judged: the figures go into
@@ -16,11 +16,9 @@ cd "$(dirname "$0")/.."
 files=("$@")
 ((${#files[@]})) || files=(tests/explore/*.scn)
 
-cmake --preset asan-ubsan >/dev/null
-cmake --build --preset asan-ubsan -j2 --target zdgnss-sim >/dev/null
-sim=build/asan-ubsan/sim/zdgnss-sim
-export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1}
-export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
+cmake --preset explore >/dev/null
+cmake --build --preset explore -j2 --target zdgnss-sim >/dev/null
+sim=build/explore/sim/zdgnss-sim
 
 echo "load average before: $(cut -d' ' -f1-3 /proc/loadavg)"
 measures=$(mktemp)

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Builds and runs every test: the default build, then the sanitizer builds
-# (AddressSanitizer+UndefinedBehaviorSanitizer, ThreadSanitizer), then the arm64
+# (AddressSanitizer+UndefinedBehaviorSanitizer, ThreadSanitizer), the schedule explorer's
+# optimised build (its tests only), then the arm64
 # cross build with its tests run under qemu-user.
-# Usage: scripts/test.sh [PRESET...]   (default: default asan-ubsan tsan arm64)
+# Usage: scripts/test.sh [PRESET...]   (default: default asan-ubsan tsan explore arm64)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
@@ -11,7 +12,7 @@ scripts/setup.sh
 scripts/platform-check.sh
 
 presets=("$@")
-((${#presets[@]})) || presets=(default asan-ubsan tsan arm64)
+((${#presets[@]})) || presets=(default asan-ubsan tsan explore arm64)
 [[ " ${presets[*]} " != *" arm64 "* ]] || scripts/setup-arm64.sh
 jobs=$(nproc)
 for preset in "${presets[@]}"; do

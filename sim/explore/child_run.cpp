@@ -12,6 +12,7 @@
 
 #include "block.h"
 #include "line_channel.h"
+#include "message_log.h"
 #include "scheduler.h"
 #include "transcript.h"
 
@@ -19,19 +20,10 @@ namespace explore {
 
 namespace {
 
-int gFd = -1;  // -1 in a block's server, which sends nothing of what it plays
+MessageLog* gLog = nullptr;  // null in a block's server, which sends nothing of what it plays
 
 void send(const std::string& message) {
-    if (gFd < 0) return;
-    std::string line = message + "\n";
-    const char* data = line.data();
-    size_t left = line.size();
-    while (left > 0) {
-        ssize_t written = write(gFd, data, left);
-        if (written <= 0) _exit(4);
-        data += written;
-        left -= static_cast<size_t>(written);
-    }
+    if (gLog != nullptr) gLog->append(message);
 }
 
 const char* stopName(Stop stop) {
@@ -332,8 +324,8 @@ bool readRequest(int fd, RunRequest* request, PlannedPolicy* planned) {
 }  // namespace
 
 void runChild(const sim::Scenario& scenario, const RunRequest& request, PlannedPolicy* planned,
-              int fd) {
-    gFd = fd;
+              MessageLog* log) {
+    gLog = log;
     alarm(request.watchdogSeconds);
     listenToTranscript();
     std::unique_ptr<Policy> owned;
@@ -350,14 +342,15 @@ void runChild(const sim::Scenario& scenario, const RunRequest& request, PlannedP
     finish(sim::runScenarioWith(scenario, request.checkExpectations, playBlock, report), report);
 }
 
-void runRequested(const sim::Scenario& scenario, int requestFd, int messageFd) {
+void runRequested(const sim::Scenario& scenario, int requestFd, MessageLog* log) {
     RunRequest request;
     PlannedPolicy planned;
     if (!readRequest(requestFd, &request, &planned)) _exit(5);
-    runChild(scenario, request, &planned, messageFd);
+    runChild(scenario, request, &planned, log);
 }
 
-void serveBlock(const sim::Scenario& scenario, const RunRequest& first, int control, int errorFd) {
+void serveBlock(const sim::Scenario& scenario, const RunRequest& first, int control, int errorFd,
+                MessageLog* log) {
     alarm(first.watchdogSeconds);
     listenToTranscript();
     auto playBlock = [&](const sim::Block& block, size_t ordinal, std::string*) {
@@ -373,7 +366,7 @@ void serveBlock(const sim::Scenario& scenario, const RunRequest& first, int cont
         RunRequest request;
         PlannedPolicy planned;
         if (!readRequest(fds[0], &request, &planned)) _exit(5);
-        gFd = fds[1];
+        gLog = log;
         alarm(request.watchdogSeconds);
         if (request.block != first.block || request.stepBound != first.stepBound ||
             request.checkExpectations != first.checkExpectations) {

@@ -4,7 +4,8 @@
 // run from that point (serveBlock); where no server reaches the block, a run is forked from
 // the explorer and plays the whole scenario (runChild). Either way the run plays the
 // explored block under the scheduler, the scenario's other blocks in their written order,
-// and streams what happens to the explorer over a pipe, one message a line:
+// and appends what happens to a log the explorer reads when the run has ended
+// (message_log.h), one message a line:
 //   D INDEX CHOSEN FALLBACK CURRENT THREAD/BRANCH/COST/EARLY...   a decision
 //   S THREAD DECISION ACCESS...  a step of the explored block, once it ended (steps.h)
 //   B, E                  the explored block begins, ends
@@ -24,6 +25,7 @@
 #include <string>
 #include <vector>
 
+#include "message_log.h"
 #include "policy.h"
 #include "scenario.h"
 #include "steps.h"
@@ -51,23 +53,25 @@ struct RunRequest {
 std::string formatRequest(const RunRequest& request);
 bool parseRequest(const char* text, size_t size, RunRequest* request, PlannedPolicy* planned);
 
-// Plays the whole scenario as one run. `planned`: the policy of a kPlanned request.
+// Plays the whole scenario as one run, its messages into `log`. `planned`: the policy of a
+// kPlanned request.
 [[noreturn]] void runChild(const sim::Scenario& scenario, const RunRequest& request,
-                           PlannedPolicy* planned, int fd);
+                           PlannedPolicy* planned, MessageLog* log);
 
 // Reads a request from `requestFd` into fixed storage, then runs it as runChild does.
-[[noreturn]] void runRequested(const sim::Scenario& scenario, int requestFd, int messageFd);
+[[noreturn]] void runRequested(const sim::Scenario& scenario, int requestFd, MessageLog* log);
 
 // A block's server. Plays the scenario up to `first.block`, the earlier blocks under
 // `first`'s step bound and expectation checks, which all of its runs share; there it ends
 // the runtime's threads, writes R to `control` and, for each pair of descriptors it
-// receives over `control` (the run's request to read, its messages to write), forks a run
-// that goes on from the block, waits for it and writes its wait status, an int, back. The
+// receives over `control` (the run's request to read, and a pipe's end that the run holds
+// open until it ends), forks a run that goes on from the block with its messages into
+// `log`, waits for it and writes its wait status, an int, back. The
 // runs' standard error goes to `errorFd`. A server that cannot reach the block, or is not
 // single-threaded there, ends without its R. Between two forks the server changes no
 // memory, so the objects a run makes have the same addresses in every run that takes the
 // same steps.
 [[noreturn]] void serveBlock(const sim::Scenario& scenario, const RunRequest& first, int control,
-                             int errorFd);
+                             int errorFd, MessageLog* log);
 
 }  // namespace explore

@@ -37,7 +37,7 @@ struct Order {
 // The root: forks what each order asks for. It waits for a whole run and answers its wait
 // status; it waits for a server until the server ends, which it does when the launcher
 // closes its control socket. It takes nothing of the heap.
-[[noreturn]] void root(const sim::Scenario& scenario, int socket, int errorFd) {
+[[noreturn]] void root(const sim::Scenario& scenario, int socket, int errorFd, MessageLog* log) {
     for (;;) {
         int fds[2];
         Order order;
@@ -52,10 +52,10 @@ struct Order {
                 first.stepBound = order.stepBound;
                 first.checkExpectations = order.checkExpectations;
                 first.watchdogSeconds = order.watchdogSeconds;
-                serveBlock(scenario, first, fds[0], errorFd);
+                serveBlock(scenario, first, fds[0], errorFd, log);
             }
             if (errorFd >= 0) dup2(errorFd, STDERR_FILENO);
-            runRequested(scenario, fds[0], fds[1]);
+            runRequested(scenario, fds[0], log);
         }
         closeBoth(fds);
         int status = 0;
@@ -74,7 +74,7 @@ Launcher::Launcher(const sim::Scenario& scenario) : mErrors(tmpfile()) {
     mRoot = fork();
     if (mRoot == 0) {
         close(sockets[0]);
-        root(scenario, sockets[1], mErrors != nullptr ? fileno(mErrors) : -1);
+        root(scenario, sockets[1], mErrors != nullptr ? fileno(mErrors) : -1, &mLog);
     }
     close(sockets[1]);
     mRootSocket = mRoot > 0 ? sockets[0] : -1;
@@ -140,32 +140,38 @@ RunResult Launcher::run(const RunRequest& request) {
 
 RunResult Launcher::runOn(int socket, const RunRequest& request, bool whole) {
     int requests[2];
-    int messages[2];
-    if (socket < 0) return failed("no process to fork the run");
+    int ended[2];
+    if (socket < 0 || !mLog.ready()) return failed("no process to fork the run");
     if (pipe(requests) != 0) return failed("no pipe for the run");
-    if (pipe(messages) != 0) {
+    if (pipe(ended) != 0) {
         closeBoth(requests);
         return failed("no pipe for the run");
     }
     clearErrors();
-    const int theirs[2] = {requests[0], messages[1]};
+    mLog.clear();
+    const int theirs[2] = {requests[0], ended[1]};
     const Order order;  // a whole run
     const bool sent =
         whole ? sendPair(socket, theirs, &order, sizeof(order)) : sendPair(socket, theirs);
     close(requests[0]);
-    close(messages[1]);
+    close(ended[1]);
     const std::string text = formatRequest(request);
     if (sent) writeAll(requests[1], text.data(), text.size());
     close(requests[1]);
+    readAll(ended[0]);  // its end: the run has ended
+    close(ended[0]);
     RunResult result;
-    readMessages(readAll(messages[0]), &result);
-    close(messages[0]);
+    readMessages(mLog.text(), &result);
     int status = -1;
     if (!sent || read(socket, &status, sizeof(status)) != sizeof(status) || status == -1) {
         if (!whole) stopServer();
         return failed("the process that forks the runs did not answer");
     }
     finish(status, &result);
+    if (mLog.cut()) {
+        result.stopKind = "error";
+        result.stopDetail = "the run's messages passed the log's room and were cut";
+    }
     return result;
 }
 

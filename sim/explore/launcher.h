@@ -48,7 +48,8 @@ class Launcher {
     void clearErrors();
     void finish(int status, RunResult* result);
 
-    FILE* mErrors;  // the runs' standard error, read back after each run
+    MessageLog mLog;  // each run's messages, read back after the run
+    FILE* mErrors;    // the runs' standard error, read back after each run
     pid_t mRoot = -1;
     int mRootSocket = -1;
     Server mServer;
