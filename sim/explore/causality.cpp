@@ -112,6 +112,14 @@ void Causality::link(size_t position) {
 
 void Causality::truncate(size_t size) {
     if (size >= mSteps.size()) return;
+    for (size_t p = mSteps.size(); p-- > size;) {
+        const Entry& entry = mSteps[p];
+        if (entry.previous >= 0) {
+            mLast[entry.step.thread] = static_cast<size_t>(entry.previous);
+        } else {
+            mLast.erase(entry.step.thread);
+        }
+    }
     mSteps.resize(size);
     for (auto it = mUses.begin(); it != mUses.end();) {
         auto& uses = it->second;
@@ -119,8 +127,6 @@ void Causality::truncate(size_t size) {
         it = uses.empty() ? mUses.erase(it) : std::next(it);
     }
     while (!mUnnamed.empty() && mUnnamed.back() >= size) mUnnamed.pop_back();
-    mLast.clear();
-    for (size_t p = 0; p < size; ++p) mLast[mSteps[p].step.thread] = p;
 }
 
 std::vector<Causality::Race> Causality::races(size_t position) const {

@@ -1,6 +1,7 @@
 #include "child_run.h"
 
 #include <dirent.h>
+#include <sched.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <zdhost/runtime.h>
@@ -46,12 +47,14 @@ const char* stopName(Stop stop) {
 }
 
 std::string decisionMessage(const Decision& d, int chosen) {
-    std::ostringstream out;
-    out << "D " << d.index << ' ' << chosen << ' ' << d.fallback << ' ' << d.current;
+    using std::to_string;
+    std::string text = "D " + to_string(d.index) + ' ' + to_string(chosen) + ' ' +
+                       to_string(d.fallback) + ' ' + to_string(d.current);
     for (const Candidate& c : d.candidates) {
-        out << ' ' << c.thread << '/' << c.branch << '/' << c.cost << '/' << (c.early ? 1 : 0);
+        text += ' ' + to_string(c.thread) + '/' + to_string(c.branch) + '/' + to_string(c.cost) +
+                (c.early ? "/1" : "/0");
     }
-    return out.str();
+    return text;
 }
 
 std::string joined(const std::vector<std::string>& words) {
@@ -275,6 +278,18 @@ void listenToTranscript() {
     _exit(0);
 }
 
+// Only one of a run's threads runs at a time, and each step ends in a hand-over to the
+// next. With all of them on the CPU the run began on, a hand-over is a switch on that CPU
+// instead of a wake-up sent to another, and the other CPU stays free for the explorer.
+void keepOnOneCpu() {
+    const int cpu = sched_getcpu();
+    if (cpu < 0) return;
+    cpu_set_t only;
+    CPU_ZERO(&only);
+    CPU_SET(cpu, &only);
+    sched_setaffinity(0, sizeof(only), &only);
+}
+
 bool singleThreaded() {
     DIR* tasks = opendir("/proc/self/task");
     if (tasks == nullptr) return false;
@@ -286,24 +301,37 @@ bool singleThreaded() {
     return count == 1;
 }
 
-// The server's loop: forks a run for each pair of descriptors that comes over `control`,
-// waits for it and answers its wait status. Returns in the run's process only, with the
-// run's descriptors. Nothing here takes memory of the heap, so every run is forked from
-// the same memory.
+// The server's loop. It forks each run ahead of its request, while the explorer still
+// looks at the run before, and gives the explorer the run's two pipe ends over `control`:
+// the one to write the request to, and the one whose end tells that the run has ended. It
+// then waits for the run and answers its wait status. Returns in the run's process only,
+// with the run's own ends (its request to read, its end to hold open). Nothing here takes
+// memory of the heap, so every run is forked from the same memory.
 void forkRuns(int control, int errorFd, int fds[2]) {
     for (;;) {
-        if (!receivePair(control, fds)) _exit(0);
+        int request[2];
+        int ended[2];
+        if (pipe(request) != 0) _exit(0);
+        if (pipe(ended) != 0) _exit(0);
         const pid_t pid = fork();
         if (pid == 0) {
             close(control);
+            close(request[1]);
+            close(ended[0]);
             if (errorFd >= 0) dup2(errorFd, STDERR_FILENO);
+            fds[0] = request[0];
+            fds[1] = ended[1];
             return;
         }
-        close(fds[0]);
-        close(fds[1]);
+        close(request[0]);
+        close(ended[1]);
+        const int theirs[2] = {request[1], ended[0]};
+        const bool sent = pid > 0 && sendPair(control, theirs);
+        close(request[1]);
+        close(ended[0]);
         int status = 0;
         if (pid < 0 || waitpid(pid, &status, 0) != pid) status = -1;
-        if (!writeAll(control, &status, sizeof(status))) _exit(0);
+        if (!sent || !writeAll(control, &status, sizeof(status))) _exit(0);
     }
 }
 
@@ -326,6 +354,7 @@ bool readRequest(int fd, RunRequest* request, PlannedPolicy* planned) {
 void runChild(const sim::Scenario& scenario, const RunRequest& request, PlannedPolicy* planned,
               MessageLog* log) {
     gLog = log;
+    keepOnOneCpu();
     alarm(request.watchdogSeconds);
     listenToTranscript();
     std::unique_ptr<Policy> owned;
@@ -367,6 +396,7 @@ void serveBlock(const sim::Scenario& scenario, const RunRequest& first, int cont
         PlannedPolicy planned;
         if (!readRequest(fds[0], &request, &planned)) _exit(5);
         gLog = log;
+        keepOnOneCpu();
         alarm(request.watchdogSeconds);
         if (request.block != first.block || request.stepBound != first.stepBound ||
             request.checkExpectations != first.checkExpectations) {

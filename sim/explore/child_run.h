@@ -63,14 +63,14 @@ bool parseRequest(const char* text, size_t size, RunRequest* request, PlannedPol
 
 // A block's server. Plays the scenario up to `first.block`, the earlier blocks under
 // `first`'s step bound and expectation checks, which all of its runs share; there it ends
-// the runtime's threads, writes R to `control` and, for each pair of descriptors it
-// receives over `control` (the run's request to read, and a pipe's end that the run holds
-// open until it ends), forks a run that goes on from the block with its messages into
-// `log`, waits for it and writes its wait status, an int, back. The
-// runs' standard error goes to `errorFd`. A server that cannot reach the block, or is not
-// single-threaded there, ends without its R. Between two forks the server changes no
-// memory, so the objects a run makes have the same addresses in every run that takes the
-// same steps.
+// the runtime's threads and writes R to `control`. Then, run after run, it forks a run that
+// goes on from the block and waits for its request, sends the explorer over `control` a
+// pair of pipe ends (where to write the run's request, and an end that closes when the run
+// has ended), waits for the run and writes its wait status, an int, back. A run's messages
+// go into `log`, its standard error to `errorFd`. A server that cannot reach the block, or
+// is not single-threaded there, ends without its R. Between two forks the server changes
+// no memory, so the objects a run makes have the same addresses in every run that takes
+// the same steps.
 [[noreturn]] void serveBlock(const sim::Scenario& scenario, const RunRequest& first, int control,
                              int errorFd, MessageLog* log);
 

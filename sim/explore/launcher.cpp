@@ -19,7 +19,7 @@ RunResult failed(const std::string& detail) {
     return result;
 }
 
-void closeBoth(int fds[2]) {
+void closeBoth(const int fds[2]) {
     close(fds[0]);
     close(fds[1]);
 }
@@ -139,31 +139,23 @@ RunResult Launcher::run(const RunRequest& request) {
 }
 
 RunResult Launcher::runOn(int socket, const RunRequest& request, bool whole) {
-    int requests[2];
-    int ended[2];
     if (socket < 0 || !mLog.ready()) return failed("no process to fork the run");
-    if (pipe(requests) != 0) return failed("no pipe for the run");
-    if (pipe(ended) != 0) {
-        closeBoth(requests);
-        return failed("no pipe for the run");
-    }
     clearErrors();
     mLog.clear();
-    const int theirs[2] = {requests[0], ended[1]};
-    const Order order;  // a whole run
-    const bool sent =
-        whole ? sendPair(socket, theirs, &order, sizeof(order)) : sendPair(socket, theirs);
-    close(requests[0]);
-    close(ended[1]);
-    const std::string text = formatRequest(request);
-    if (sent) writeAll(requests[1], text.data(), text.size());
-    close(requests[1]);
-    readAll(ended[0]);  // its end: the run has ended
-    close(ended[0]);
+    // The run's request to write, and the end that tells that the run has ended.
+    int ours[2] = {-1, -1};
+    const bool ready = whole ? orderWholeRun(socket, ours) : receivePair(socket, ours);
+    if (ready) {
+        const std::string text = formatRequest(request);
+        writeAll(ours[0], text.data(), text.size());
+        close(ours[0]);
+        readAll(ours[1]);
+        close(ours[1]);
+    }
     RunResult result;
     readMessages(mLog.text(), &result);
     int status = -1;
-    if (!sent || read(socket, &status, sizeof(status)) != sizeof(status) || status == -1) {
+    if (!ready || read(socket, &status, sizeof(status)) != sizeof(status) || status == -1) {
         if (!whole) stopServer();
         return failed("the process that forks the runs did not answer");
     }
@@ -173,6 +165,25 @@ RunResult Launcher::runOn(int socket, const RunRequest& request, bool whole) {
         result.stopDetail = "the run's messages passed the log's room and were cut";
     }
     return result;
+}
+
+// The root forks a whole run on the pipe ends it is sent; `ours` gets the other two.
+bool Launcher::orderWholeRun(int socket, int ours[2]) {
+    int requests[2];
+    int ended[2];
+    if (pipe(requests) != 0) return false;
+    if (pipe(ended) != 0) {
+        closeBoth(requests);
+        return false;
+    }
+    const int theirs[2] = {requests[0], ended[1]};
+    const Order order;  // a whole run
+    const bool sent = sendPair(socket, theirs, &order, sizeof(order));
+    closeBoth(theirs);
+    ours[0] = requests[1];
+    ours[1] = ended[0];
+    if (!sent) closeBoth(ours);
+    return sent;
 }
 
 void Launcher::clearErrors() {

@@ -45,6 +45,7 @@ class Launcher {
     void stopServer();
     // Runs `request` on `socket`: the block's server, or the root for a whole run.
     RunResult runOn(int socket, const RunRequest& request, bool whole);
+    bool orderWholeRun(int socket, int ours[2]);
     void clearErrors();
     void finish(int status, RunResult* result);
 

@@ -43,9 +43,9 @@ void MessageLog::append(const std::string& message) {
     mHeader->size = size + message.size() + 1;
 }
 
-std::string MessageLog::text() const {
+std::string_view MessageLog::text() const {
     if (mHeader == nullptr) return {};
-    return std::string(mData, mHeader->size);
+    return std::string_view(mData, mHeader->size);
 }
 
 bool MessageLog::cut() const {

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace explore {
 
@@ -28,7 +29,7 @@ class MessageLog {
     // In the run: `message` and its end of line. No heap memory is taken.
     void append(const std::string& message);
     // In the explorer, once the run has ended: every message it appended.
-    std::string text() const;
+    std::string_view text() const;
     bool cut() const;
 
   private:

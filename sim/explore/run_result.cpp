@@ -3,39 +3,57 @@
 #include <algorithm>
 #include <sstream>
 
+#include "words.h"
+
 namespace explore {
 
 namespace {
 
-Candidate readCandidate(const std::string& word) {
+// "THREAD/BRANCH/COST/EARLY".
+Candidate readCandidate(std::string_view word) {
     Candidate c;
+    int* fields[] = {&c.thread, &c.branch, &c.cost, nullptr};
     int early = 0;
-    sscanf(word.c_str(), "%d/%d/%d/%d", &c.thread, &c.branch, &c.cost, &early);
+    fields[3] = &early;
+    for (int* field : fields) {
+        const size_t slash = word.find('/');
+        Words::toNumber(word.substr(0, slash), field);
+        word = slash == std::string_view::npos ? std::string_view() : word.substr(slash + 1);
+    }
     c.early = early != 0;
     return c;
 }
 
-TakenDecision readDecision(const std::string& rest) {
-    std::istringstream in(rest);
+TakenDecision readDecision(std::string_view rest) {
+    Words words(rest);
     TakenDecision taken;
-    in >> taken.decision.index >> taken.chosen >> taken.decision.fallback >> taken.decision.current;
-    std::string word;
-    while (in >> word) taken.decision.candidates.push_back(readCandidate(word));
+    words.number(&taken.decision.index);
+    words.number(&taken.chosen);
+    words.number(&taken.decision.fallback);
+    words.number(&taken.decision.current);
+    std::string_view word;
+    while (words.next(&word)) taken.decision.candidates.push_back(readCandidate(word));
     return taken;
 }
 
 // The first word of `text`, and the rest after one blank.
-std::pair<std::string, std::string> splitWord(const std::string& text) {
+std::pair<std::string_view, std::string_view> splitWord(std::string_view text) {
     const size_t blank = text.find(' ');
-    if (blank == std::string::npos) return {text, ""};
+    if (blank == std::string_view::npos) return {text, ""};
     return {text.substr(0, blank), text.substr(blank + 1)};
+}
+
+int toInt(std::string_view word) {
+    int value = 0;
+    Words::toNumber(word, &value);
+    return value;
 }
 
 class Reader {
   public:
     explicit Reader(RunResult* result) : mResult(result) {}
 
-    void message(char kind, const std::string& rest) {
+    void message(char kind, std::string_view rest) {
         switch (kind) {
             case 'D':
                 mResult->decisions.push_back(readDecision(rest));
@@ -59,15 +77,18 @@ class Reader {
                 break;
             }
             case 'L':
-                mResult->locksAcrossCalls.push_back(rest);
+                mResult->locksAcrossCalls.emplace_back(rest);
                 break;
             case 'T':
                 line(rest);
                 break;
-            case 'F':
-                std::tie(mResult->stopKind, mResult->stopDetail) = splitWord(rest);
+            case 'F': {
+                const auto [kind, detail] = splitWord(rest);
+                mResult->stopKind = kind;
+                mResult->stopDetail = detail;
                 std::replace(mResult->stopDetail.begin(), mResult->stopDetail.end(), '\x1f', '\n');
                 break;
+            }
             case 'X':
                 mResult->clean = true;
                 break;
@@ -77,25 +98,28 @@ class Reader {
     }
 
   private:
-    void operationBegan(const std::string& rest) {
-        auto [key, afterKey] = splitWord(rest);
-        auto [thread, label] = splitWord(afterKey);
+    void operationBegan(std::string_view rest) {
+        const auto [keyWord, afterKey] = splitWord(rest);
+        const auto [thread, label] = splitWord(afterKey);
+        const std::string key(keyWord);
         mIndex[key] = mResult->operations.size();
-        mResult->operations.push_back({key, atoi(thread.c_str()), label, {}});
-        mResult->trace.push_back({atoi(thread.c_str()), key, key + " " + label, true});
+        mResult->operations.push_back({key, toInt(thread), std::string(label), {}});
+        mResult->trace.push_back({toInt(thread), key, key + " " + std::string(label), true});
     }
 
-    void serialChoice(const std::string& rest) {
-        std::istringstream in(rest);
+    void serialChoice(std::string_view rest) {
+        Words words(rest);
         SerialPolicy::Choice choice;
-        in >> choice.chosen;
-        std::string key;
-        while (in >> key) choice.possible.push_back(key);
+        std::string_view key;
+        if (words.next(&key)) choice.chosen = key;
+        while (words.next(&key)) choice.possible.emplace_back(key);
         mResult->serialChoices.push_back(choice);
     }
 
-    void line(const std::string& rest) {
-        auto [key, text] = splitWord(rest);
+    void line(std::string_view rest) {
+        const auto [keyWord, textWord] = splitWord(rest);
+        const std::string key(keyWord);
+        const std::string text(textWord);
         if (mInBlock) {
             auto it = mIndex.find(key);
             if (it == mIndex.end()) {  // a line of no operation: kept under its own key
@@ -127,19 +151,19 @@ std::string receivedOperation(const std::string& line) {
     if (paren == std::string::npos || call.find(' ') < paren) return "";
     const size_t dot = call.rfind('.', paren);  // interface names may hold dots: IZDGnss2.0
     if (dot == std::string::npos || dot == 0 || dot + 1 == paren) return "";
-    return prefix + " " + call.substr(0, paren);
+    return std::string(prefix) + " " + std::string(call.substr(0, paren));
 }
 
-void readMessages(const std::string& text, RunResult* result) {
+void readMessages(std::string_view text, RunResult* result) {
     Reader reader(result);
     size_t start = 0;
     while (start < text.size()) {
-        size_t end = text.find('\n', start);
-        if (end == std::string::npos) break;  // a message cut off by the end of the process
-        const std::string message = text.substr(start, end - start);
+        const size_t end = text.find('\n', start);
+        if (end == std::string_view::npos) break;  // a message cut off by the end of the process
+        const std::string_view message = text.substr(start, end - start);
         start = end + 1;
         if (message.empty()) continue;
-        reader.message(message[0], message.size() > 2 ? message.substr(2) : "");
+        reader.message(message[0], message.size() > 2 ? message.substr(2) : std::string_view());
     }
 }
 

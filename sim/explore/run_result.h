@@ -5,6 +5,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "policy.h"
@@ -68,6 +69,6 @@ struct RunResult {
 std::string receivedOperation(const std::string& line);
 
 // Reads the messages of one run (the child's protocol) into *result.
-void readMessages(const std::string& text, RunResult* result);
+void readMessages(std::string_view text, RunResult* result);
 
 }  // namespace explore

@@ -165,7 +165,9 @@ void Scheduler::noteRemoteCall(const Thread* me) {
     if (!mEvents.lockHeldAcrossCall) return;
     for (const auto& [mutex, owner] : mOwners) {
         if (owner != me) continue;
-        const std::string name = objectName(mutex);
+        auto known = mMutexNames.find(mutex);  // a look-up of a symbol costs a run dearly
+        if (known == mMutexNames.end()) known = mMutexNames.emplace(mutex, objectName(mutex)).first;
+        const std::string& name = known->second;
         // The connection lock is held across the whole connection, look-ups and the daemon's
         // sub-interface calls included, by design: a death notice must wait for it.
         if (name != "fusdMutex") mEvents.lockHeldAcrossCall(name);

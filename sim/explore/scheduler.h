@@ -111,6 +111,7 @@ class Scheduler : public zdhost::schedule::Controller {
     size_t mStepBound;
     std::vector<std::unique_ptr<Thread>> mThreads;
     std::map<const void*, Thread*> mOwners;
+    std::map<const void*, std::string> mMutexNames;
     std::map<std::string, int> mSpawns;  // deliveries set off so far, by causing operation
     Thread* mExiting = nullptr;          // finished, handed over, its exit not yet waited for
     uint64_t mNow = 0;

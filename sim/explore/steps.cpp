@@ -1,11 +1,14 @@
 #include "steps.h"
 
 #include <cctype>
+#include <charconv>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <sstream>
+
+#include "words.h"
 
 namespace explore {
 
@@ -57,11 +60,10 @@ bool reversible(const Step& a, const Step& b) {
 
 std::string formatStep(const Step& step) {
     std::string text = std::to_string(step.thread) + " " + std::to_string(step.decision);
-    char word[32];
     for (const Access& a : step.accesses) {
-        snprintf(word, sizeof(word), " %c%c%" PRIx64, kKinds[static_cast<int>(a.kind)],
-                 kModes[static_cast<int>(a.mode)], a.id);
-        text += word;
+        char word[24] = {' ', kKinds[static_cast<int>(a.kind)], kModes[static_cast<int>(a.mode)]};
+        const auto written = std::to_chars(word + 3, word + sizeof(word), a.id, 16);
+        text.append(word, written.ptr);
     }
     return text;
 }
@@ -85,12 +87,12 @@ bool parseAccess(const char* word, size_t length, Access* access) {
     return true;
 }
 
-bool parseStep(const std::string& text, Step* step) {
-    std::istringstream in(text);
+bool parseStep(std::string_view text, Step* step) {
+    Words words(text);
     *step = Step();
-    if (!(in >> step->thread >> step->decision)) return false;
-    std::string word;
-    while (in >> word) {
+    if (!words.number(&step->thread) || !words.number(&step->decision)) return false;
+    std::string_view word;
+    while (words.next(&word)) {
         Access a;
         if (!parseAccess(word.data(), word.size(), &a)) return false;
         step->accesses.push_back(a);

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace explore {
@@ -49,7 +50,7 @@ bool reversible(const Step& a, const Step& b);
 // A step as one line of the run's protocol: "THREAD DECISION ACCESS...", each access as
 // KIND MODE ID in one word ("ow7f01a2c0": a write of the object at 0x7f01a2c0).
 std::string formatStep(const Step& step);
-bool parseStep(const std::string& text, Step* step);
+bool parseStep(std::string_view text, Step* step);
 // One access word of that form, of `length` characters.
 bool parseAccess(const char* word, size_t length, Access* access);
 

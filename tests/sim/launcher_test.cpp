@@ -187,5 +187,26 @@ TEST_F(LauncherTest, WhereNoServerReachesTheBlockEveryRunPlaysTheWholeScenario) 
     EXPECT_EQ(*prefixPlays(), 3) << "the server's attempt, then each run";
 }
 
+// A run that dies in the block, as under a sanitizer's abort or the watchdog's kill, has
+// told the explorer what it did up to its death: the finding's schedule and lines come
+// from there.
+TEST_F(LauncherTest, ARunKilledInTheBlockStillGivesWhatItDidBeforeItsDeath) {
+    sim::Scenario scenario = probeScenario(false);
+    scenario.steps[1].block->branches[1] = {step([](std::string*) {
+        sim::Transcript::get().emit("two, about to die");
+        raise(SIGKILL);
+        return true;
+    })};
+    Launcher launcher(scenario);
+    const RunResult result = launcher.run(planned({{0, 2}}));
+    EXPECT_EQ(result.signal, SIGKILL);
+    EXPECT_FALSE(result.clean);
+    EXPECT_EQ(result.schedule(), "0:2");
+    const auto said =
+        std::any_of(result.trace.begin(), result.trace.end(),
+                    [](const TraceLine& line) { return line.text == "two, about to die"; });
+    EXPECT_TRUE(said);
+}
+
 }  // namespace
 }  // namespace explore
