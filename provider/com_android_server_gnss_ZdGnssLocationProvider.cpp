@@ -305,18 +305,28 @@ void set_batchingOptions(gnss_v1_0::IGnssBatching::Options options) {
 
 // ---- Framework callbacks.
 
+// The three objects of one registration are stored in one hold of this lock, so that two
+// registrations racing leave one of them whole, never the framework's objects of one mixed
+// with the client of the other. The objects replaced are declared before the lock, so they
+// are let go after it.
+static std::mutex g_registrationLock;
+
 void registerCallback(const sp<gnss_v2_0::IGnssCallback>& gnssCb,
                       const sp<gnss_v1_0::IGnssGeofenceCallback>& geofenceCb,
                       const sp<FdCorvaneCallback_>& corvaneCb) {
-    g_gnssCbIface.set(gnssCb);
+    sp<gnss_v2_0::IGnssCallback> oldGnssCb;
+    sp<gnss_v1_0::IGnssGeofenceCallback> oldGeofenceCb;
+    sp<FdCorvaneCallback_> oldCorvaneCb;
+    std::lock_guard<std::mutex> registering(g_registrationLock);
+    oldGnssCb = g_gnssCbIface.exchange(gnssCb);
     if (gnssCb == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: register gnss callback failed.",
                             kLogPrefix);
     }
-    g_gnssGeofenceCbIface.set(geofenceCb);
+    oldGeofenceCb = g_gnssGeofenceCbIface.exchange(geofenceCb);
     if (geofenceCb == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, LOG_TAG, "%s: register geofence callback failed.",
                             kLogPrefix);
     }
-    fdCorvaneCb.set(corvaneCb);
+    oldCorvaneCb = fdCorvaneCb.exchange(corvaneCb);
 }

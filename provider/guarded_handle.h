@@ -24,13 +24,15 @@ class GuardedHandle {
     }
 
     // `value` holds the new reference before the old one is let go.
-    void set(android::sp<T> value) EXCLUDES(mLock) {
-        android::sp<T> previous;
-        {
-            std::lock_guard<std::mutex> guard(mLock);
-            previous = std::move(mObject);
-            mObject = std::move(value);
-        }
+    void set(android::sp<T> value) EXCLUDES(mLock) { exchange(std::move(value)); }
+
+    // Stores `value` and hands back the reference it replaced, for the caller to let go
+    // where no lock of its own is held.
+    android::sp<T> exchange(android::sp<T> value) EXCLUDES(mLock) {
+        std::lock_guard<std::mutex> guard(mLock);
+        android::sp<T> previous = std::move(mObject);
+        mObject = std::move(value);
+        return previous;
     }
 
     void clear() EXCLUDES(mLock) { set(nullptr); }

@@ -123,8 +123,10 @@ bool increases(uint32_t usedGps) {
 
 // Whether the previous location padded the store, and the mark for the next one: read and
 // written in the same hold of the store's lock as the count, so that two locations never
-// both read the mark before either writes it.
+// both read the mark before either writes it. The location's own flag is set in that hold
+// too, so that isNeedSvIncrease never pairs it with the previous location's mark.
 bool takeIncreaseMark(uint32_t usedGps) REQUIRES(g_svStoreLock) {
+    locationFlag = true;
     const bool padded = svIncreaseFlag;
     svIncreaseFlag = increases(usedGps);
     return padded;
@@ -186,7 +188,6 @@ void addSvList(const gnss_v1_0::GnssLocation& location) {
                             "%s: location from qttff, so don't do sv_add.", kLogPrefix);
         return;
     }
-    locationFlag = true;
     SvStatus1 report;
     Augmentation found = augmentStore1(report);
     if (!increases(found.usedGps)) {
@@ -209,7 +210,6 @@ void addSvList(const gnss_v2_0::GnssLocation& location) {
                             "%s: location from qttff ,so don't do sv_add.", kLogPrefix);
         return;
     }
-    locationFlag = true;
     hidl_vec<SvInfo2> list;
     Augmentation found = augmentStore2(list);
     if (!increases(found.usedGps)) {
@@ -228,7 +228,9 @@ void addSvList(const gnss_v2_0::GnssLocation& location) {
     logIncreaseFinished();
 }
 
+// Both flags are read in one hold of the store's lock, where a location sets them together.
 bool isNeedSvIncrease() {
+    std::lock_guard<std::mutex> lock(g_svStoreLock);
     return svIncreaseFlag && locationFlag;
 }
 

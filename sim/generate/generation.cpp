@@ -41,21 +41,6 @@ bool blockShares(const GeneratedSet& set, const GeneratedBlock& block) {
     return false;
 }
 
-// The states a selection can take blocks from: the one its id or its `only` names before
-// the colon, else every state.
-std::set<std::string> statesOf(const Selection& selection, const OperationTable& table) {
-    std::set<std::string> states;
-    for (const std::string& text : {selection.id, selection.only}) {
-        const size_t colon = text.find(':');
-        if (colon != std::string::npos && table.state(text.substr(0, colon)) != nullptr) {
-            states.insert(text.substr(0, colon));
-            return states;
-        }
-    }
-    for (const TableState& state : table.states) states.insert(state.name);
-    return states;
-}
-
 void measureAll(GeneratedSet* set, bool nested, const std::set<std::string>& states,
                 std::ostream& log) {
     for (const TableState& state : set->table.states) {
@@ -109,6 +94,19 @@ void writeCache(const std::string& path, const GeneratedSet& set) {
 }
 
 }  // namespace
+
+std::set<std::string> statesOf(const Selection& selection, const OperationTable& table) {
+    std::set<std::string> states;
+    for (const std::string& text : {selection.id, selection.only}) {
+        const size_t colon = text.find(':');
+        if (colon != std::string::npos && table.state(text.substr(0, colon)) != nullptr) {
+            states.insert(text.substr(0, colon));
+            return states;
+        }
+    }
+    for (const TableState& state : table.states) states.insert(state.name);
+    return states;
+}
 
 bool buildGeneratedSet(const GenerateOptions& options, std::ostream& log, GeneratedSet* set,
                        std::string* error) {

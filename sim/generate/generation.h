@@ -5,6 +5,7 @@
 
 #include <map>
 #include <ostream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,9 @@ struct GenerateOptions;
 bool buildGeneratedSet(const GenerateOptions& options, std::ostream& log, GeneratedSet* set,
                        std::string* error);
 std::vector<size_t> selectBlocks(const GeneratedSet& set, const Selection& selection);
+// The states a selection can take blocks from: the one its id or its `only` names before
+// the colon, else every state.
+std::set<std::string> statesOf(const Selection& selection, const OperationTable& table);
 // Today as days since 1970, in UTC: the rotation's default turn.
 long today();
 
