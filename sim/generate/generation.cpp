@@ -145,6 +145,19 @@ bool buildGeneratedSet(const GenerateOptions& options, std::ostream& log, Genera
     return true;
 }
 
+namespace {
+
+// `only` names a state when it ends in a colon ("connected:"): then it must begin the id,
+// so that one state does not take the blocks of another whose name ends in it
+// ("unconnected:"). Otherwise the id need only hold it.
+bool selectedBy(const std::string& id, const std::string& only) {
+    if (only.empty()) return true;
+    if (only.back() == ':') return id.compare(0, only.size(), only) == 0;
+    return id.find(only) != std::string::npos;
+}
+
+}  // namespace
+
 std::vector<size_t> selectBlocks(const GeneratedSet& set, const Selection& selection) {
     std::vector<size_t> chosen;
     auto inTurn = [&](const std::string& id, unsigned rotation) {
@@ -153,9 +166,7 @@ std::vector<size_t> selectBlocks(const GeneratedSet& set, const Selection& selec
     };
     for (size_t i = 0; i < set.blocks.size(); ++i) {
         const GeneratedBlock& block = set.blocks[i];
-        if (!selection.only.empty() && block.id.find(selection.only) == std::string::npos) {
-            continue;
-        }
+        if (!selectedBy(block.id, selection.only)) continue;
         if (!selection.id.empty() && block.id != selection.id) continue;
         if (inTurn(block.id, set.shared[i] ? selection.sharedRotation : selection.rotation)) {
             chosen.push_back(i);

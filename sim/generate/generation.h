@@ -27,9 +27,10 @@ struct GeneratedSet {
 
 // Which blocks a run takes: every block pairing operations that share state, and of the
 // rest the share whose turn it is (a stable hash of the block's id, modulo `rotation`,
-// equal to `day` modulo `rotation`); `only` keeps the blocks whose id contains it, `id`
-// the one block of that id. A `sharedRotation` above 1 takes a share of the blocks that
-// share state the same way, for a run budget that cannot take them all.
+// equal to `day` modulo `rotation`); `only` keeps the blocks whose id contains it, or,
+// when it ends in a colon, begins with it (a state's blocks); `id` the one block of that id. A
+// `sharedRotation` above 1 takes a share of the blocks that share state the same way, for a run
+// budget that cannot take them all.
 struct Selection {
     unsigned rotation = 1;        // for the blocks that share no state; 1: every block
     unsigned sharedRotation = 1;  // the same for the blocks that share state

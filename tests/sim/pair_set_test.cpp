@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "generated_scenario.h"
+#include "generation.h"
 #include "operation_table.h"
 
 namespace gen {
@@ -64,6 +65,22 @@ TEST(PairSetTest, EveryUnorderedPairOfEachStateOnceTheSmallerStatesFirst) {
                                         "two:query+kill", "two:connect+connect", "two:connect+kill",
                                         "two:kill+kill"}));
     EXPECT_EQ(generate({}, true).blocks.size(), 1u + 10u);  // one triple in one, C(5,3) in two
+}
+
+// A state's test selects "STATE:"; another state whose name ends in it keeps its blocks.
+TEST(PairSetTest, OnlyAStateWithItsColonTakesThatStatesBlocksAndOtherTextAnyIdHoldingIt) {
+    GeneratedSet set;
+    for (const char* id : {"connected:a+b", "unconnected:a+b", "connected:b+b"}) {
+        GeneratedBlock block;
+        block.id = id;
+        set.blocks.push_back(block);
+        set.shared.push_back(true);
+    }
+    Selection selection;
+    selection.only = "connected:";
+    EXPECT_EQ(selectBlocks(set, selection), (std::vector<size_t>{0, 2}));
+    selection.only = "a+b";
+    EXPECT_EQ(selectBlocks(set, selection), (std::vector<size_t>{0, 1}));
 }
 
 TEST(PairSetTest, ACopyOfAnOperationTakesItsNextValueAndASequenceIsOneBranch) {
