@@ -1,7 +1,6 @@
 #include "run_result.h"
 
 #include <algorithm>
-#include <sstream>
 
 #include "words.h"
 
@@ -12,10 +11,8 @@ namespace {
 // "THREAD/BRANCH/COST/EARLY".
 Candidate readCandidate(std::string_view word) {
     Candidate c;
-    int* fields[] = {&c.thread, &c.branch, &c.cost, nullptr};
     int early = 0;
-    fields[3] = &early;
-    for (int* field : fields) {
+    for (int* field : {&c.thread, &c.branch, &c.cost, &early}) {
         const size_t slash = word.find('/');
         Words::toNumber(word.substr(0, slash), field);
         word = slash == std::string_view::npos ? std::string_view() : word.substr(slash + 1);

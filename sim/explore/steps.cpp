@@ -2,11 +2,7 @@
 
 #include <cctype>
 #include <charconv>
-#include <cinttypes>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <sstream>
 
 #include "words.h"
 
